@@ -1,0 +1,407 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef IPL_IPLKERNEL_H
+#define IPL_IPLKERNEL_H
+
+#include <stdint.h>
+
+#include <ipl/IPLModule.h>
+#include <ipl/PLError.h>
+#include <ipl/PLExport.h>
+#include <ipl/PLThreadAnnotations.h>
+
+class PLString;
+
+/// The kernel's interface: a fixed table of virtual operations through which a module reaches every service.
+///
+/// THE ORDER OF THE VIRTUAL OPERATIONS IS THE CONTRACT WITH MODULES THAT CANNOT BE COMPILED AGAIN. Nothing is inserted,
+/// removed, reordered or given another signature, here or in a nested class. The number of each operation's slot in the
+/// table stands behind it; slots 0 and 1 of this class are the destructor's.
+///
+/// Tags, defined in docs/abi.md:
+///   [any thread]  every thread may call it at any time, several at once
+///   [owner]       one thread at a time may call it on an object; the owner sees to that
+///   [blocks]      it may wait for another thread
+///   [running]     it needs a kernel that was initialised and is not shut down; otherwise it fails as its comment says
+///
+/// No exception leaves an operation. Where an error is stored it is the calling thread's last error (GetLastError);
+/// success stores nothing. unsigned long is 32 bits wide on the device.
+class IPLKernel : public IPLModule {
+ public:
+  /// A count of nanoseconds, signed: a duration, an instant of the kernel's clock, or an instant counted from
+  /// 1970-01-01 00:00:00 GMT or local time. The largest value means for ever. Trivially copyable, 8 bytes.
+  class Time {
+   public:
+    constexpr Time() : m_nanoseconds(0) {}
+    constexpr Time(int64_t nanoseconds) : m_nanoseconds(nanoseconds) {}  // NOLINT: a count is a Time
+    static constexpr Time Forever() { return Time(INT64_MAX); }
+    static constexpr Time Milliseconds(int64_t count) { return Time(count * 1000000); }
+    constexpr int64_t GetNanoseconds() const { return m_nanoseconds; }
+
+   private:
+    int64_t m_nanoseconds;
+  };
+
+  /// A time broken into calendar fields. No time zone belongs to it.
+  struct CalendarTime {
+    uint8_t second;  ///< 0 to 60
+    uint8_t minute;  ///< 0 to 59
+    uint8_t hour;    ///< 0 to 23
+    uint8_t day;     ///< 1 to 31
+    uint8_t month;   ///< 0 to 11, January is 0
+    uint16_t year;   ///< the full year
+  };
+
+  /// Something that can be locked. All locks of the kernel are recursive: the thread that holds one may take it again
+  /// and gives it back as many times.
+  class PL_CAPABILITY("mutex") Lockable {
+   public:
+    /// Returns when the calling thread holds the lock. [any thread] [blocks]
+    virtual void Lock() PL_ACQUIRE() = 0;  // slot 0
+    /// Gives the lock back once. Only its holder may call it.
+    virtual void Unlock() PL_RELEASE() = 0;  // slot 1
+    virtual ~Lockable() {}                   // slots 2, 3
+  };
+
+  /// A recursive mutex. Made by CreateMutex, given back with DestroyMutex when no thread holds it or waits for it.
+  class Mutex : public Lockable {
+   public:
+    /// Takes the mutex if that needs no waiting. Returns whether the calling thread now holds it. [any thread]
+    virtual bool TryLock() PL_TRY_ACQUIRE(true) = 0;  // slot 4
+  };
+
+  /// A flag that threads wait for. Made by CreateEvent, given back with DestroyEvent when no thread uses it.
+  /// Each operation takes only the event's own mutex.
+  class Event {
+   public:
+    /// Sets the event and wakes the threads that wait for it: all of them when it was made with manual reset, else
+    /// one. Setting an event that is set does nothing. The caller's last use of the event may be this call, even if
+    /// the thread that it wakes destroys the event at once. [any thread]
+    virtual void Set() = 0;  // slot 0
+    /// Waits until the event is set. With automatic reset, the wait that returns true clears it again.
+    /// timeout: relative, nanoseconds. 0 polls; Time::Forever() waits without limit. The end of a limited wait is an
+    /// instant of the real-time clock, so setting that clock moves it. The end is computed without a sign: a negative
+    /// time-out that reaches back beyond the current second waits practically without limit, any other one polls. An
+    /// end beyond the clock's range is the latest instant of the clock.
+    /// Returns true if the event was set. False: timed out, PLError_Timeout is stored. [any thread] [blocks]
+    virtual bool Wait(Time timeout) = 0;  // slot 1
+    /// Clears the event. [any thread]
+    virtual void Clear() = 0;  // slot 2
+    /// Returns whether the event is set; does not clear it. [any thread]
+    virtual bool IsSet() = 0;  // slot 3
+    virtual ~Event() {}        // slots 4, 5
+  };
+
+  /// A thread. Made by CreateThread; given back with DestroyThread after its run has ended, or handed over with Detach.
+  /// Each operation takes the lock that all thread objects share; none is held while a procedure runs.
+  class Thread {
+   public:
+    typedef void (*ThreadProc)(Thread* thread, void* userData);
+
+    /// Starts procedure(thread, userData) on a new thread. The object can be run again when a run has ended.
+    /// name: copied, at most its first 23 bytes; null counts as empty. procedure: not null.
+    /// Returns true if the thread was started. False: m_ThreadAlreadyRunning is stored if the object is running (the
+    /// run goes on), else m_ThreadCreationFailure. [any thread] [running]
+    virtual bool Run(const char* name, ThreadProc procedure, void* userData) = 0;  // slot 0
+    /// Hands the object over to itself: when the run ends, the thread calls cleanup(thread, userData) and destroys the
+    /// object. If no run is going on both happen before Detach returns, on the caller's thread. The libraries that
+    /// hold the procedure and the cleanup stay loaded until the thread has left them.
+    /// cleanup: may be null. Returns false, and does nothing, if the object was detached before. [any thread]
+    virtual bool Detach(ThreadProc cleanup) = 0;  // slot 1
+    /// Waits until the run has ended; true at once if the object never ran. When it returns true the thread has left
+    /// the procedure and the object, which may be destroyed.
+    /// timeout: as for Event::Wait. A wait for a running thread takes at least 10 milliseconds.
+    /// False: PLError_Timeout is stored, or m_ThreadCantWaitOnSelf if the thread waits for itself; after a Run that
+    /// failed, false without an error. [any thread] [blocks]
+    virtual bool WaitUntilFinished(Time timeout) = 0;  // slot 2
+    /// Offers the processor to another thread; concerns the calling thread. [any thread]
+    virtual void YieldCPU() = 0;  // slot 3
+    /// priority: 0 (most urgent) to 255; 128 at first. On a running thread it is applied as a round-robin priority; on
+    /// an idle one it is only recorded, and a new run starts with the system's default scheduling.
+    /// False: the system refused, m_ThreadSetPriority is stored and the old value stays. [any thread]
+    virtual bool SetPriority(unsigned char priority) = 0;  // slot 4
+    /// Sets the stack size of the next run, in bytes; the system's default is the most that a run gets, 1 MiB what it
+    /// gets if this was never called. Returns false, and does nothing, while a run goes on. [any thread]
+    virtual bool SetStackSize(unsigned long bytes) = 0;  // slot 5
+    /// Returns the priority that was set last. [any thread]
+    virtual unsigned char GetPriority() = 0;  // slot 6
+    /// Returns the stack size of the last run in bytes, 0 before the first. [any thread]
+    virtual unsigned long GetStackSize() = 0;  // slot 7
+    /// Copies the name of the current run, empty when there is none: at most size - 1 bytes and a terminating zero.
+    /// Does nothing if buffer is null or size is 0. [any thread]
+    virtual void GetName(char* buffer, unsigned long size) = 0;  // slot 8
+    virtual ~Thread() {}                                         // slots 9, 10
+  };
+
+  /// A message of a queue. It belongs to the queue until it is taken out, then to the receiver, who gives it back with
+  /// MessageQueue::ReleaseMessage.
+  class Message {
+   public:
+    /// Returns the identifier that the sender chose.
+    virtual unsigned long GetID() = 0;  // slot 0
+    /// Returns the sender's pointer. The queue never uses what it points to.
+    virtual void* GetData() = 0;  // slot 1
+    virtual ~Message() {}         // slots 2, 3
+  };
+
+  /// A queue of messages. Made by CreateMessageQueue; given back with DestroyMessageQueue when it is empty and no
+  /// thread uses it. Any thread may post and send.
+  ///
+  /// Lock and Unlock (slots 0 and 1) take and release the queue's lock, for the list operations of slots 10 to 16,
+  /// which take no lock themselves. Post and PostFront may be called with the lock held. Memory exhausted: Send, Post
+  /// and the like queue nothing and return at once, and the caller still owns what data points to.
+  class MessageQueue : public Lockable {
+   public:
+    /// Puts a message at the back and waits until its receiver has released it. What the receiver wrote before that
+    /// is visible afterwards. Must not be called with the queue's lock held, nor by the thread that receives from
+    /// this queue. [any thread] [blocks] Takes the queue's lock, and waits without it.
+    virtual void Send(unsigned long id, void* data) = 0;  // slot 4
+    /// Puts a message at the back. [any thread] Takes the queue's lock.
+    virtual void Post(unsigned long id, void* data) = 0;  // slot 5
+    /// As Send, at the front: it is received next.
+    virtual void SendFront(unsigned long id, void* data) = 0;  // slot 6
+    /// As Post, at the front: it is received next.
+    virtual void PostFront(unsigned long id, void* data) = 0;  // slot 7
+    /// Takes out the first message; waits for one if there is none. timeout: as for Event::Wait.
+    /// Returns the message, which the caller releases. Null: timed out, PLError_Timeout is stored; or another thread
+    /// took the message first, which stores nothing. [any thread] [blocks] Takes the queue's lock.
+    virtual Message* Receive(Time timeout) = 0;  // slot 8
+    /// Gives a message back that was taken out of a queue: a posted one is freed, the sender of a sent one goes on.
+    /// Once for each message; the caller must not use the message afterwards. [any thread] Takes no queue's lock.
+    virtual void ReleaseMessage(Message* message) = 0;  // slot 9
+    /// Returns the number of messages. [owner] Needs the lock, as all that follow.
+    virtual unsigned long GetLength() = 0;  // slot 10
+    /// Returns the message at index, which stays in the queue. index < GetLength().
+    virtual Message* GetAt(unsigned long index) = 0;  // slot 11
+    /// Replaces the entry at index; the old message is not released. index < GetLength(). message: from any queue.
+    virtual void SetAt(unsigned long index, Message* message) = 0;  // slot 12
+    /// Takes the message at index out without releasing it. index < GetLength().
+    virtual void RemoveAt(unsigned long index) = 0;  // slot 13
+    /// Puts a message before the one at index. index <= GetLength(). message: from any queue.
+    virtual void InsertAt(unsigned long index, Message* message) = 0;  // slot 14
+    /// Puts a message at the back. message: from any queue.
+    virtual void Append(Message* message) = 0;  // slot 15
+    /// Takes all messages out without releasing them.
+    virtual void RemoveAll() = 0;  // slot 16
+  };
+
+  /// What the message of a timer points to.
+  class TimerMessageData {
+   public:
+    /// Gives the object back to the kernel; the receiver calls it when it is done with the message.
+    virtual void ReleaseTimerData() = 0;  // slot 0
+    /// Returns the kernel's time when the timer fired.
+    virtual const Time& GetFireTimeKernel() = 0;  // slot 1
+    /// Returns the same instant in GMT.
+    virtual const Time& GetFireTimeGMT() = 0;  // slot 2
+    /// Returns what SetTimer or SetTimerGMT returned.
+    virtual unsigned long GetTimerID() = 0;  // slot 3
+    virtual ~TimerMessageData() {}           // slots 4, 5
+  };
+
+  /// The call stack of the thread that made it, at that time.
+  class Stacktrace {
+   public:
+    /// Returns the number of frames.
+    virtual unsigned long GetDepth() const = 0;  // slot 0
+    /// Returns the address of a frame.
+    virtual void* GetAddress(unsigned long index) const = 0;  // slot 1
+    /// Returns the text of a frame, which the object owns.
+    virtual const char* GetFrameString(unsigned long index) const = 0;  // slot 2
+    virtual ~Stacktrace() {}                                            // slots 3, 4
+  };
+
+  /// Returns the kernel object of this process, null before it was created and after it was destroyed. [any thread]
+  IPL_API static IPLKernel* GetKernel();
+
+  // Modules -----------------------------------------------------------------------------------------------------------
+
+  /// Acquires the module name from the library that the module map gives for it, or else from the executable's
+  /// directory + "/lib" + name + ".so". Otherwise as the next operation.
+  virtual IPLModule* AcquireModule(const char* name) = 0;  // slot 2
+  /// Acquires the module name. path: its library (one without a '/' lies in the current directory), or null for the
+  /// default. Loads the module if it is not loaded by this name and path, else counts one reference more. The name
+  /// "IPLKernel" gives the kernel object itself.
+  /// Returns the module object, which belongs to the module; give it back with ReleaseModule. Null: the library cannot
+  /// be opened or lacks an entry symbol, or a name or a path without '/' is longer than 47 bytes (each with one line on
+  /// standard error); the module refused; it is just being loaded or unloaded by this thread; memory is exhausted; the
+  /// name is null or empty. No error is stored.
+  /// [any thread] [blocks] [running] Holds the module mutex, also while the module's entries run.
+  virtual IPLModule* AcquireModule(const char* name, const char* path) = 0;  // slot 3
+  /// Ends one acquisition; the last one unloads the module. Does nothing for null, for the kernel object, for an
+  /// object that is not acquired, and from inside the module's own unload entry.
+  /// [any thread] [blocks] [running] Holds the module mutex, also while the module's unload entry runs.
+  virtual void ReleaseModule(IPLModule* module) = 0;  // slot 4
+
+  // Threads, last error, mutexes and events ---------------------------------------------------------------------------
+
+  /// Returns a new idle thread object, which the caller owns; null if memory is exhausted. [any thread]
+  virtual Thread* CreateThread() = 0;  // slot 5
+  /// Destroys a thread object. Ignores null. A running one is detached instead (Thread::Detach). [any thread]
+  virtual void DestroyThread(Thread* thread) = 0;  // slot 6
+  /// Returns the calling thread's object; null on a thread that the kernel did not create. [any thread]
+  virtual Thread* GetCurrentThread() = 0;  // slot 7
+  /// Suspends the calling thread for a duration in nanoseconds; a signal ends it early. Zero and negative durations
+  /// return at once. [any thread]
+  virtual void Sleep(const Time& duration) = 0;  // slot 8
+  /// Returns a copy of the calling thread's last error and keeps it. Each kernel thread has its own; all other threads
+  /// share one. [any thread] Takes the state mutex on other than kernel threads.
+  virtual PLError GetLastError() = 0;  // slot 9
+  /// Stores the calling thread's last error. [any thread] Takes the state mutex on other than kernel threads.
+  virtual void SetLastError(const PLError& error) = 0;  // slot 10
+  /// Returns a new recursive mutex, which the caller owns; null if memory is exhausted. [any thread]
+  virtual Mutex* CreateMutex() = 0;  // slot 11
+  /// Destroys a mutex. Ignores null. [owner]
+  virtual void DestroyMutex(Mutex* mutex) = 0;  // slot 12
+  /// Returns a new event that is not set, which the caller owns; null if memory is exhausted.
+  /// manualReset: true, it stays set until Clear; false, a Wait that returns true clears it. [any thread]
+  virtual Event* CreateEvent(bool manualReset) = 0;  // slot 13
+  /// Destroys an event. Ignores null. [owner]
+  virtual void DestroyEvent(Event* event) = 0;  // slot 14
+
+  // Stack traces (not served by this version: CreateStacktrace returns null) ------------------------------------------
+
+  virtual Stacktrace* CreateStacktrace(unsigned long skip, unsigned long depth) = 0;  // slot 15
+  virtual void DestroyStacktrace(Stacktrace* stacktrace) = 0;                         // slot 16
+
+  // Memory (PLMem.h gives operators on top) ---------------------------------------------------------------------------
+
+  /// As malloc. file and line name the caller; file may be null. Returns null if memory is exhausted. [any thread]
+  virtual void* Alloc(unsigned long size, const char* file, int line) = 0;  // slot 17
+  /// As realloc; null for a null block with size 0. [any thread]
+  virtual void* ReAlloc(void* block, unsigned long size, const char* file, int line) = 0;  // slot 18
+  /// As free. [any thread]
+  virtual void Free(void* block, const char* file, int line) = 0;  // slot 19
+
+  // Time (GMT and local time read as the kernel's time in this version, and cannot be set) ----------------------------
+
+  /// Returns the time of the kernel's clock, which never jumps; 0 if the clock fails. [any thread]
+  virtual Time GetKernelTime() = 0;  // slot 20
+  /// Returns the resolution of that clock; 0 if it fails. [any thread]
+  virtual Time GetKernelTimeResolution() = 0;                                // slot 21
+  virtual void SetTimeGMT(const Time& gmt) = 0;                              // slot 22
+  virtual Time GetTimeGMT() = 0;                                             // slot 23
+  virtual void SetTimeLocal(const Time& local) = 0;                          // slot 24
+  virtual Time GetTimeLocal() = 0;                                           // slot 25
+  virtual Time ConvertGMTToLocal(const Time& gmt) = 0;                       // slot 26
+  virtual void TimeToCalendarTime(const Time& time, CalendarTime& cal) = 0;  // slot 27
+  virtual Time GetDayLightSavingTimeBias(const Time& time) = 0;              // slot 28
+
+  // Timers (not served by this version: all return 0) -----------------------------------------------------------------
+
+  virtual unsigned long GetTimerMessageID() = 0;                                                        // slot 29
+  virtual unsigned long SetTimer(const Time& delay, MessageQueue& queue, bool periodic) = 0;            // slot 30
+  virtual unsigned long SetTimerGMT(const Time& instant, MessageQueue& queue, const Time& period) = 0;  // slot 31
+  virtual void ClearTimer(unsigned long timerID, MessageQueue& queue) = 0;                              // slot 32
+
+  // Message queues ----------------------------------------------------------------------------------------------------
+
+  /// Returns a new empty queue, which the caller owns; null if memory is exhausted. [any thread] [running]
+  virtual MessageQueue* CreateMessageQueue() = 0;  // slot 33
+  /// Destroys a queue. Ignores null. Messages still in it are not freed, and their senders are not woken. [owner]
+  virtual void DestroyMessageQueue(MessageQueue* queue) = 0;  // slot 34
+
+  // The process -------------------------------------------------------------------------------------------------------
+
+  virtual unsigned long GetUniqueID() = 0;  // slot 35: not served by this version, returns 0
+  /// Returns the process identifier. [any thread]
+  virtual unsigned long GetProcessID() = 0;  // slot 36
+  /// Returns the argument count that the host passed, 0 before. [any thread]
+  virtual int GetArgc() = 0;  // slot 37
+  /// Returns the argument vector that the host passed, null before. It belongs to the host. [any thread]
+  virtual const char** GetArgv() = 0;  // slot 38
+  /// Returns whether the kernel is being shut down. [any thread]
+  virtual bool IsShutdownPending() = 0;                              // slot 39
+  virtual bool GetRandomData(void* buffer, unsigned long size) = 0;  // slot 40: not served by this version, false
+  /// Fills in the system's memory and swap sizes in bytes; 0 for each that is unknown. [any thread]
+  virtual void GetMemoryInfo(unsigned long long& memTotal, unsigned long long& memFree, unsigned long long& swapTotal,
+                             unsigned long long& swapFree) = 0;  // slot 41
+  /// Sets dir to the directory of the process's executable, without a '/' at its end. Returns false, and leaves dir
+  /// alone, if it cannot be found out. [any thread]
+  virtual bool GetKernelBinDirectory(PLString& dir) = 0;  // slot 42
+
+  // Memory and text, as the C library's functions of the same names unless said otherwise. [any thread] ---------------
+
+  virtual void* memset(void* destination, int value, unsigned long count) = 0;            // slot 43
+  virtual void* memcpy(void* destination, const void* source, unsigned long count) = 0;   // slot 44
+  virtual void* memmove(void* destination, const void* source, unsigned long count) = 0;  // slot 45
+  virtual int memcmp(const void* left, const void* right, unsigned long count) = 0;       // slot 46
+  /// compare: an int (*)(const void*, const void*), passed as an untyped pointer.
+  virtual void qsort(void* base, unsigned long count, int size, void* compare) = 0;  // slot 47
+  /// Returns the number of 16-bit units before the first zero; 0 for null.
+  virtual unsigned long wcslen(const unsigned short* text) = 0;  // slot 48
+  /// Returns 0 for null.
+  virtual unsigned long strlen(const char* text) = 0;                                                    // slot 49
+  virtual int strcmp(const char* left, const char* right) = 0;                                           // slot 50
+  virtual int strncmp(const char* left, const char* right, unsigned long count) = 0;                     // slot 51
+  virtual int strcasecmp(const char* left, const char* right) = 0;                                       // slot 52
+  virtual int strncasecmp(const char* left, const char* right, unsigned long count) = 0;                 // slot 53
+  virtual char* strcpy(char* destination, const char* source) = 0;                                       // slot 54
+  virtual char* strcat(char* destination, const char* source) = 0;                                       // slot 55
+  virtual char* strstr(const char* text, const char* part) = 0;                                          // slot 56
+  virtual int sprintf(char* buffer, const char* format, ...) IPL_PRINTF(3, 4) = 0;                       // slot 57
+  virtual int snprintf(char* buffer, unsigned long size, const char* format, ...) IPL_PRINTF(4, 5) = 0;  // slot 58
+  virtual long strtol(const char* text, char** end, int base) = 0;                                       // slot 59
+  virtual unsigned long strtoul(const char* text, char** end, int base) = 0;                             // slot 60
+  virtual long long strtoq(const char* text, char** end, int base) = 0;                                  // slot 61
+  virtual double strtod(const char* text, char** end) = 0;                                               // slot 62
+  virtual char* strchr(const char* text, int character) = 0;                                             // slot 63
+  virtual char* strrchr(const char* text, int character) = 0;                                            // slot 64
+
+  // Character sets and language (not served by this version: both conversions return 5, the language is "en") ---------
+
+  virtual unsigned int PLStringToMultiByteCharacterString(const PLString& source, char* target,
+                                                          unsigned long targetSize, const char* charSet,
+                                                          unsigned long& bytesWritten, unsigned long& bytesConsumed,
+                                                          bool skipInvalid) = 0;  // slot 65
+  virtual unsigned int MultiByteCharacterStringToPLString(const char* source, unsigned long sourceLength,
+                                                          PLString& target, const char* charSet,
+                                                          unsigned long& bytesConsumed,
+                                                          bool skipInvalid) = 0;  // slot 66
+  virtual const char* GetSystemCharSet() = 0;                                     // slot 67
+  virtual void GetSystemLanguage(PLString& language) = 0;                         // slot 68
+
+  /// Copies at most size - 1 bytes of source and always writes a terminating zero. A null source counts as empty. Does
+  /// nothing if destination is null or size is 0. [any thread]
+  virtual void strncpyTerm(char* destination, const char* source, unsigned long size) = 0;  // slot 69
+
+  // Diagnostics (not served by this version: nothing is written or read) ----------------------------------------------
+
+  virtual void AssertFailed(const char* file, int line, const char* text) = 0;                         // slot 70
+  virtual bool ReadConsoleInputString(char* buffer, unsigned long size, Time timeout) = 0;             // slot 71
+  virtual void WriteConsoleOutputString(const char* format, ...) IPL_PRINTF(2, 3) = 0;                 // slot 72
+  virtual void Kite_EnableLog(int category, int level, const char* format, ...) IPL_PRINTF(4, 5) = 0;  // slot 73
+
+  // The errors of thread operations, codes 256 to 261; never changed.
+  const PLError m_ThreadAlreadyRunning;
+  const PLError m_ThreadCreationFailure;
+  const PLError m_ThreadCantWaitOnSelf;
+  const PLError m_ThreadSetPriority;
+  const PLError m_ThreadGenericError;
+  const PLError m_ThreadInvalidParameter;
+
+ protected:
+  IPLKernel()
+      : m_ThreadAlreadyRunning(256, "ThreadAlreadyRunning"),
+        m_ThreadCreationFailure(257, "ThreadCreationFailure"),
+        m_ThreadCantWaitOnSelf(258, "ThreadCantWaitOnSelf"),
+        m_ThreadSetPriority(259, "ThreadSetPriority"),
+        m_ThreadGenericError(260, "ThreadGenericError"),
+        m_ThreadInvalidParameter(261, "ThreadInvalidParameter") {}
+
+ private:
+  IPLKernel(const IPLKernel&) = delete;
+  IPLKernel& operator=(const IPLKernel&) = delete;
+};
+
+inline constexpr bool operator==(IPLKernel::Time a, IPLKernel::Time b) {
+  return a.GetNanoseconds() == b.GetNanoseconds();
+}
+inline constexpr bool operator!=(IPLKernel::Time a, IPLKernel::Time b) { return !(a == b); }
+inline constexpr bool operator<(IPLKernel::Time a, IPLKernel::Time b) {
+  return a.GetNanoseconds() < b.GetNanoseconds();
+}
+inline constexpr bool operator>(IPLKernel::Time a, IPLKernel::Time b) { return b < a; }
+inline constexpr bool operator<=(IPLKernel::Time a, IPLKernel::Time b) { return !(b < a); }
+inline constexpr bool operator>=(IPLKernel::Time a, IPLKernel::Time b) { return !(a < b); }
+
+#endif  // IPL_IPLKERNEL_H

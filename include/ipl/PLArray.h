@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef IPL_PLARRAY_H
+#define IPL_PLARRAY_H
+
+#include <stdint.h>
+
+#include <type_traits>
+
+#include <ipl/IPLKernel.h>
+#include <ipl/PLMem.h>
+
+/// A growable array of pointers, numbers or other trivially copyable values.
+///
+/// It takes its memory from the tracked allocation and moves and clears it with the kernel's memcpy, memmove and
+/// memset, so it is used only while the kernel object exists. The capacity grows by doubling and never shrinks.
+/// Elements are not destroyed: an owner of what they point to frees that first.
+///
+/// No operation reports a failure. When memory is exhausted, or a size does not fit 32 bits, the operation changes
+/// nothing: compare GetSize() before and after where that matters. Indexes are the caller's responsibility.
+/// [owner] No lock is taken: an array is not shared between threads without its owner's lock.
+template <typename T>
+class PLArray {
+  static_assert(std::is_trivially_copyable<T>::value, "elements are moved as raw memory");
+
+ public:
+  /// An empty array with room for 8 elements.
+  PLArray() : m_pData(nullptr), m_size(0), m_capacity(0), m_bPlainData(true) {
+    SetSize(8);
+    SetSize(0);
+  }
+
+  virtual ~PLArray() { FreeBuffer(m_pData); }  // slots 0, 1
+
+  PLArray(const PLArray&) = delete;
+  PLArray& operator=(const PLArray&) = delete;
+
+  /// Sets the number of elements. New elements are zero after the buffer has grown; within the capacity they are
+  /// whatever was there before.
+  void SetSize(unsigned long size) {
+    if (size > m_capacity) {
+      T* oldBuffer = nullptr;
+      if (!Grow(size, oldBuffer)) {
+        return;
+      }
+      FreeBuffer(oldBuffer);
+    }
+    m_size = static_cast<uint32_t>(size);
+  }
+
+  /// Inserts value before the element at index, or extends the array to index + 1 elements. value may be an element of
+  /// this array.
+  void InsertAt(unsigned long index, const T& value) {
+    const T copy = value;  // value may lie in the buffer that is moved or freed below
+    const uint32_t oldSize = m_size;
+    if (index >= oldSize) {
+      if (index < UINT32_MAX) {
+        SetSize(index + 1);
+      }
+      if (m_size == oldSize) {
+        return;
+      }
+    } else {
+      SetSize(static_cast<unsigned long>(oldSize) + 1);
+      if (m_size == oldSize) {
+        return;
+      }
+      if (m_bPlainData) {
+        IPLKernel* kernel = IPLKernel::GetKernel();
+        kernel->memmove(m_pData + index + 1, m_pData + index, ByteCount(oldSize - index));
+        kernel->memset(m_pData + index, 0, ByteCount(1));
+      } else {
+        for (uint32_t i = oldSize; i > index; --i) {
+          m_pData[i] = m_pData[i - 1];
+        }
+      }
+    }
+    m_pData[index] = copy;
+  }
+
+  /// Removes the element at index; those behind it move down by one. An index outside the array removes nothing.
+  void RemoveAt(unsigned long index) {
+    if (index >= m_size) {
+      return;
+    }
+    const uint32_t last = m_size - 1;
+    IPLKernel* kernel = IPLKernel::GetKernel();
+    if (index < last) {
+      if (m_bPlainData) {
+        kernel->memmove(m_pData + index, m_pData + index + 1, ByteCount(last - index));
+      } else {
+        for (unsigned long i = index; i < last; ++i) {
+          m_pData[i] = m_pData[i + 1];
+        }
+      }
+    }
+    kernel->memset(m_pData + last, 0, ByteCount(1));
+    m_size = last;
+  }
+
+  /// Inserts value at the end.
+  void Append(const T& value) { InsertAt(m_size, value); }
+
+  unsigned long GetSize() const { return m_size; }
+  /// Returns the number of elements for which memory is there.
+  unsigned long GetCapacity() const { return m_capacity; }
+  /// Requires index < GetSize().
+  T& GetAt(unsigned long index) { return m_pData[index]; }
+  const T& GetAt(unsigned long index) const { return m_pData[index]; }
+  T& operator[](unsigned long index) { return m_pData[index]; }
+  const T& operator[](unsigned long index) const { return m_pData[index]; }
+
+ private:
+  template <typename>
+  friend struct PLContractLayout;
+
+  static unsigned long ByteCount(unsigned long count) { return static_cast<unsigned long>(count * sizeof(T)); }
+
+  static void FreeBuffer(T* buffer) {
+    operator delete(buffer, 0U, nullptr, 0, static_cast<PLMem_Selector_PL_MALLOC_FREE*>(nullptr));
+  }
+
+  /// Moves the elements to a buffer of more than size elements and hands the old buffer to the caller, who frees it.
+  bool Grow(unsigned long size, T*& oldBuffer) {
+    uint64_t capacity = size;
+    if (m_capacity != 0) {
+      const uint64_t step = 2 * static_cast<uint64_t>(m_capacity);
+      capacity = step * (size / step + 1);
+    }
+    if (capacity > (UINT32_MAX - 8) / sizeof(T)) {
+      return false;
+    }
+    void* memory = operator new(0, static_cast<unsigned int>(capacity * sizeof(T)), nullptr, 0,
+                                static_cast<PLMem_Selector_PL_MALLOC_FREE*>(nullptr));
+    if (memory == nullptr) {
+      return false;
+    }
+    T* buffer = static_cast<T*>(memory);
+    IPLKernel* kernel = IPLKernel::GetKernel();
+    if (m_bPlainData) {
+      if (m_pData != nullptr) {
+        kernel->memcpy(buffer, m_pData, ByteCount(m_capacity));
+      }
+      kernel->memset(buffer + m_size, 0, ByteCount(static_cast<unsigned long>(capacity) - m_size));
+    } else {
+      kernel->memset(buffer, 0, ByteCount(static_cast<unsigned long>(capacity)));
+      for (uint32_t i = 0; i < m_size; ++i) {
+        buffer[i] = m_pData[i];
+      }
+    }
+    oldBuffer = m_pData;
+    m_pData = buffer;
+    m_capacity = static_cast<uint32_t>(capacity);
+    return true;
+  }
+
+  T* m_pData;           // owned; null until the first allocation
+  uint32_t m_size;      // elements in use
+  uint32_t m_capacity;  // elements allocated
+
+ protected:
+  /// Elements are moved and cleared as raw memory. A derived class may set it to false: then they are assigned one by
+  /// one.
+  bool m_bPlainData;
+};
+
+#endif  // IPL_PLARRAY_H

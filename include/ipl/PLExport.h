@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef IPL_PLEXPORT_H
+#define IPL_PLEXPORT_H
+
+/// Marks a symbol that libIPLKernel.so exports, or an entry symbol that a module exports.
+/// Everything else should be compiled with -fvisibility=hidden.
+#define IPL_API __attribute__((visibility("default")))
+
+/// Keeps a private operation of an exported class out of the exported symbols.
+#define IPL_HIDDEN __attribute__((visibility("hidden")))
+
+/// Lets the compiler check a format text against the arguments that follow it. Both numbers count from 1, and 1 is
+/// the object itself.
+#define IPL_PRINTF(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))
+
+/// Lets the library's own build check where the fields of a class lie. Never defined for others.
+template <typename T>
+struct PLContractLayout;
+
+#endif  // IPL_PLEXPORT_H

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "threads/KernelEvent.h"
+
+#include <errno.h>
+
+#include "foundation/ContractLayout.h"
+#include "threads/WaitDeadline.h"
+#include "threads/YieldPoint.h"
+
+template <>
+struct PLContractLayout<KernelEvent> {
+  IPL_ASSERT_OFFSET(KernelEvent, m_mutex, 4);
+  IPL_ASSERT_OFFSET(KernelEvent, m_cond, 32);
+  IPL_ASSERT_OFFSET(KernelEvent, m_signaled, 80);
+  IPL_ASSERT_OFFSET(KernelEvent, m_manualReset, 81);
+};
+
+// Construction has no result. Where the system refuses a recursive mutex an ordinary one remains, which serves: no
+// operation takes it twice.
+KernelEvent::KernelEvent(bool manualReset) : m_cond(), m_signaled(false), m_manualReset(manualReset) {
+  static_cast<void>(m_mutex.InitialiseRecursive());
+  ::pthread_cond_init(&m_cond, nullptr);
+}
+
+KernelEvent::~KernelEvent() {
+  ::pthread_cond_destroy(&m_cond);
+  m_mutex.Destroy();
+}
+
+// A thread that waits returns only after it has taken the mutex, hence after this function gave it up; it may then
+// destroy the event at once. So the broadcast comes before the unlock, and nothing is touched after it.
+void KernelEvent::Set() {
+  {
+    RecursiveMutexGuard guard(m_mutex);
+    if (!m_signaled) {
+      m_signaled = true;
+      ::pthread_cond_broadcast(&m_cond);
+    }
+    YieldPoint();
+  }
+  YieldPoint();
+}
+
+bool KernelEvent::Wait(IPLKernel::Time timeout) {
+  bool signaled = false;
+  {
+    RecursiveMutexGuard guard(m_mutex);
+    if (m_signaled) {
+      signaled = true;  // no clock is read for an event that is set
+    } else {
+      WaitDeadline deadline = WaitDeadline::After(timeout);
+      signaled = WaitUntil(deadline);
+    }
+    if (signaled && !m_manualReset) {
+      m_signaled = false;
+    }
+  }
+  IPLKernel* kernel = IPLKernel::GetKernel();
+  if (!signaled && kernel != nullptr) {
+    kernel->SetLastError(PLError_Timeout);
+  }
+  return signaled;
+}
+
+bool KernelEvent::WaitUntil(WaitDeadline& deadline) {
+  while (!m_signaled) {
+    if (deadline.IsForever()) {
+      ::pthread_cond_wait(&m_cond, m_mutex.GetNative());
+      continue;
+    }
+    const int result = ::pthread_cond_timedwait(&m_cond, m_mutex.GetNative(), &deadline.GetInstant());
+    if (result == ETIMEDOUT) {
+      break;
+    }
+    // A system whose clock has 32 bits refuses a later deadline; waiting until the end of its clock is what it can do.
+    if (result != 0) {
+      deadline.ReduceTo32Bits();
+    }
+  }
+  return m_signaled;
+}
+
+void KernelEvent::Clear() {
+  RecursiveMutexGuard guard(m_mutex);
+  m_signaled = false;
+}
+
+bool KernelEvent::IsSet() {
+  RecursiveMutexGuard guard(m_mutex);
+  return m_signaled;
+}
