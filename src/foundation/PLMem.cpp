@@ -3,14 +3,14 @@
 
 #include <stdint.h>
 
-#include "kernel/IPLKernelImpl.h"
+#include <ipl/IPLKernel.h>
 
 namespace {
 
 constexpr unsigned long kHeaderSize = 8;
 
 void* AllocateBlock(uint64_t byteCount, uint32_t elementCount, const char* file, int line) {
-  IPLKernelImpl* kernel = IPLKernelImpl::s_pKernelImpl.load(std::memory_order_acquire);
+  IPLKernel* kernel = IPLKernel::GetKernel();
   if (byteCount == 0 || byteCount > UINT32_MAX - kHeaderSize || kernel == nullptr) {
     return nullptr;
   }
@@ -23,7 +23,7 @@ void* AllocateBlock(uint64_t byteCount, uint32_t elementCount, const char* file,
 }
 
 void FreeBlock(void* p, const char* file, int line) {
-  IPLKernelImpl* kernel = IPLKernelImpl::s_pKernelImpl.load(std::memory_order_acquire);
+  IPLKernel* kernel = IPLKernel::GetKernel();
   if (p != nullptr && kernel != nullptr) {
     kernel->Free(static_cast<char*>(p) - kHeaderSize, file, line);
   }
