@@ -204,7 +204,7 @@ class IPLKernel : public IPLModule {
     /// Returns the number of frames.
     virtual unsigned long GetDepth() const = 0;  // slot 0
     /// Returns the address of a frame.
-    virtual void* GetAddress(unsigned long index) const = 0;  // slot 1
+    virtual unsigned long GetAddress(unsigned long index) const = 0;  // slot 1
     /// Returns the text of a frame, which the object owns.
     virtual const char* GetFrameString(unsigned long index) const = 0;  // slot 2
     virtual ~Stacktrace() {}                                            // slots 3, 4
@@ -260,8 +260,8 @@ class IPLKernel : public IPLModule {
 
   // Stack traces (not served by this version: CreateStacktrace returns null) ------------------------------------------
 
-  virtual Stacktrace* CreateStacktrace(unsigned long skip, unsigned long depth) = 0;  // slot 15
-  virtual void DestroyStacktrace(Stacktrace* stacktrace) = 0;                         // slot 16
+  virtual Stacktrace* CreateStacktrace(unsigned long maxDepth, unsigned long skip) = 0;  // slot 15
+  virtual void DestroyStacktrace(Stacktrace* stacktrace) = 0;                            // slot 16
 
   // Memory (PLMem.h gives operators on top) ---------------------------------------------------------------------------
 
@@ -366,7 +366,7 @@ class IPLKernel : public IPLModule {
 
   // Diagnostics (not served by this version: nothing is written or read) ----------------------------------------------
 
-  virtual void AssertFailed(const char* file, int line, const char* text) = 0;                         // slot 70
+  virtual void AssertFailed(const char* file, int line, const char* expression) = 0;                   // slot 70
   virtual bool ReadConsoleInputString(char* buffer, unsigned long size, Time timeout) = 0;             // slot 71
   virtual void WriteConsoleOutputString(const char* format, ...) IPL_PRINTF(2, 3) = 0;                 // slot 72
   virtual void Kite_EnableLog(int category, int level, const char* format, ...) IPL_PRINTF(4, 5) = 0;  // slot 73

@@ -47,7 +47,7 @@ class IPLKernelImpl : public IPLKernel {
   void DestroyMutex(Mutex* mutex) override;
   Event* CreateEvent(bool manualReset) override;
   void DestroyEvent(Event* event) override;
-  Stacktrace* CreateStacktrace(unsigned long skip, unsigned long depth) override;
+  Stacktrace* CreateStacktrace(unsigned long maxDepth, unsigned long skip) override;
   void DestroyStacktrace(Stacktrace* stacktrace) override;
   void* Alloc(unsigned long size, const char* file, int line) override;
   void* ReAlloc(void* block, unsigned long size, const char* file, int line) override;
@@ -107,7 +107,7 @@ class IPLKernelImpl : public IPLKernel {
   const char* GetSystemCharSet() override;
   void GetSystemLanguage(PLString& language) override;
   void strncpyTerm(char* destination, const char* source, unsigned long size) override;
-  void AssertFailed(const char* file, int line, const char* text) override;
+  void AssertFailed(const char* file, int line, const char* expression) override;
   bool ReadConsoleInputString(char* buffer, unsigned long size, Time timeout) override;
   void WriteConsoleOutputString(const char* format, ...) override IPL_PRINTF(2, 3);
   void Kite_EnableLog(int category, int level, const char* format, ...) override IPL_PRINTF(4, 5);
