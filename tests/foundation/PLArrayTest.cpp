@@ -121,9 +121,11 @@ TEST_F(PLArrayTest, AFailedGrowthChangesNothing) {
   late.Append(5);
   EXPECT_EQ(late.GetCapacity(), 1U);
   EXPECT_EQ(late[0], 5);
+  array.SetSize(7);
   array.SetSize(9);
+  EXPECT_EQ(array[7], 0) << "a new buffer brings no old values back";
   EXPECT_EQ(memory.AllocSize(), 16 * sizeof(long) + 8);
-  array.SetSize(40);
+  array.SetSize(32);
   EXPECT_EQ(memory.AllocSize(), 64 * sizeof(long) + 8);
   EXPECT_EQ(memory.Held(), 2) << "buffers that were outgrown are given back";
 }

@@ -72,10 +72,13 @@ class LoaderStressTest : public LoaderFixture {
     SCOPED_TRACE(successes);
     LoadAgain();
     const std::string map = "Alpha:" + File("Alpha");
-    const char* argv[] = {"--modulemap", map.c_str()};
+    const char* argv[18];  // the map has to grow
+    for (int i = 0; i < 18; ++i) {
+      argv[i] = i % 2 == 0 ? "--modulemap" : map.c_str();
+    }
     AllocControl memory(kernel);
     memory.FailAfter(successes, failures);
-    IPLModule_IPLKernel_InitializeKernel(2, argv);
+    IPLModule_IPLKernel_InitializeKernel(18, argv);
     const bool started = memory.Failures() == 0;
     EXPECT_TRUE(UseAll() || memory.Failures() != 0);
     memory.FailAfter(memory.kNever);

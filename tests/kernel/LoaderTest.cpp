@@ -196,6 +196,8 @@ TEST_F(LoaderTest, SomebodyInFrontOfTheTableSeesEveryCall) {
   IPLModule_IPLKernel_InitializeKernel(m_argc, m_arguments.data());
   EXPECT_EQ(s_calls[11], 3) << "for the state, the modules and the threads";
   ExpectCalls("start-up", {17, 44, 48, 49, 50, 63});
+  EXPECT_NE(Refused("First"), "");
+  ExpectCalls("a name of the map", {3, 49, 50, 63});
   IPLModule* alpha = kernel->AcquireModule("Alpha");
   ExpectCalls("loading without a path", {3, 17, 36, 42, 48, 49, 50, 58, 64, 69});
   kernel->ReleaseModule(kernel->AcquireModule("Alpha", m_alpha.c_str()));
