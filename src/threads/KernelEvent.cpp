@@ -31,7 +31,7 @@ KernelEvent::~KernelEvent() {
 // destroy the event at once. So the broadcast comes before the unlock, and nothing is touched after it.
 void KernelEvent::Set() {
   {
-    RecursiveMutexGuard guard(m_mutex);
+    PosixMutexGuard guard(m_mutex);
     if (!m_signaled) {
       m_signaled = true;
       ::pthread_cond_broadcast(&m_cond);
@@ -44,7 +44,7 @@ void KernelEvent::Set() {
 bool KernelEvent::Wait(IPLKernel::Time timeout) {
   bool signaled = false;
   {
-    RecursiveMutexGuard guard(m_mutex);
+    PosixMutexGuard guard(m_mutex);
     if (m_signaled) {
       signaled = true;  // no clock is read for an event that is set
     } else {
@@ -81,11 +81,11 @@ bool KernelEvent::WaitUntil(WaitDeadline& deadline) {
 }
 
 void KernelEvent::Clear() {
-  RecursiveMutexGuard guard(m_mutex);
+  PosixMutexGuard guard(m_mutex);
   m_signaled = false;
 }
 
 bool KernelEvent::IsSet() {
-  RecursiveMutexGuard guard(m_mutex);
+  PosixMutexGuard guard(m_mutex);
   return m_signaled;
 }

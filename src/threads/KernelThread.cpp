@@ -36,7 +36,7 @@ constexpr useconds_t kPauseAfterWait = 10000;
 IPLKernel::Mutex* KernelThread::s_pThreadLock = nullptr;
 pthread_key_t KernelThread::s_threadKey = 0;
 std::atomic<bool> KernelThread::s_keyValid{false};
-ThreadSupportGate KernelThread::s_gate;
+ShutdownGate KernelThread::s_gate;
 
 bool KernelThread::InitializeKernelThreads() {
   IPLKernel* kernel = IPLKernel::GetKernel();

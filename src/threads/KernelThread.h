@@ -10,7 +10,7 @@
 
 #include "foundation/TrackedMemory.h"
 #include "threads/LibraryPin.h"
-#include "threads/ThreadSupportGate.h"
+#include "threads/ShutdownGate.h"
 
 /// A thread over POSIX threads, which are created detached: nobody joins them, the finished event tells their end.
 ///
@@ -73,7 +73,7 @@ class KernelThread : public IPLKernel::Thread, public TrackedObject {
   /// Tells whether s_threadKey exists. Read without a lock by each GetLastError and SetLastError; written with release
   /// order by start-up and shut-down.
   static std::atomic<bool> s_keyValid;
-  static ThreadSupportGate s_gate;
+  static ShutdownGate s_gate;
 
   pthread_t m_thread PL_GUARDED_BY(s_pThreadLock);  // 0 when no run goes on
   unsigned long m_requestedStackSize PL_GUARDED_BY(s_pThreadLock);
