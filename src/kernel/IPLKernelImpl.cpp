@@ -7,6 +7,7 @@
 #include "kernel/ModuleMap.h"
 #include "messaging/KernelMessageQueue.h"
 #include "messaging/KernelTimerManager.h"
+#include "threads/DetachedCode.h"
 #include "threads/KernelThread.h"
 
 template <>
@@ -29,6 +30,7 @@ struct PLContractLayout<IPLKernelImpl> {
   IPL_ASSERT_OFFSET(IPLKernelImpl, m_lastError, 280);
   IPL_ASSERT_OFFSET(IPLKernelImpl, m_gmtOffset, 320);
   IPL_ASSERT_OFFSET(IPLKernelImpl, m_uniqueID, 328);
+  IPL_ASSERT_OFFSET(IPLKernelImpl, m_running, 332);
   static_assert(sizeof(std::atomic<bool>) == sizeof(bool) && std::atomic<bool>::is_always_lock_free,
                 "an atomic flag lies where the contract has a plain one");
   static_assert(sizeof(std::atomic<void*>) == sizeof(void*) && std::atomic<void*>::is_always_lock_free,
@@ -91,6 +93,8 @@ void IPLKernelImpl::UninitializeKernel() PL_NO_THREAD_SAFETY_ANALYSIS {
     timerManager->Uninitialize();
     PLTypes_ScalarDelete(timerManager, nullptr, 0);
   }
+  KernelThread::DrainKernelThreads();  // their cleanups may still use queues
+  DetachedCode::CloseLeft();
   KernelMessageQueue::Uninitialize();
   KernelThread::UninitializeKernelThreads();
 
