@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+// The module "TextReader": reads the files that the command line names behind "--" and passes their text on.
+#include <stdio.h>
+#include <string.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <ipl/IPLHost.h>
+#include <ipl/IPLKernel.h>
+
+#include "TextReader/TextFile.h"
+#include "pipeline/Ownership.h"
+#include "pipeline/Pipeline.h"
+
+IPL_DECLARE_MODULE(TextReader);
+
+namespace pipeline {
+namespace {
+
+class TextReader final : public IPLModule {
+ public:
+  explicit TextReader(IPLKernel* kernel)
+      : m_pKernel(kernel),
+        m_host(kernel, "IPLHost"),
+        m_wordCount(kernel, "WordCount"),
+        m_stopDescriptor(eventfd(0, EFD_CLOEXEC)),
+        m_file(m_stopDescriptor),
+        m_pThread(kernel->CreateThread()) {}
+  ~TextReader() override;
+
+  bool Start();
+
+ private:
+  enum class Progress { Go, Stop };
+
+  void Run();
+  Progress ReadFile(const char* name);
+  Progress PassOn(TextFile::Result& result);
+  void Report(const char* name, const char* problem, Status status);
+
+  IPLKernel* const m_pKernel;
+  const ModuleReference<IPLHost> m_host;
+  const ModuleReference<IWordCount> m_wordCount;
+  const int m_stopDescriptor;  // owned; readable once the thread shall stop
+  TextFile m_file;             // this and the next: used by the thread alone
+  Status m_status = kDone;
+  IPLKernel::Thread* const m_pThread;  // owned
+};
+
+bool TextReader::Start() {
+  if (!m_host || !m_wordCount || m_stopDescriptor < 0 || m_pThread == nullptr) {
+    return false;
+  }
+  // Begun here, where the host certainly does not wait yet; ended by the thread.
+  m_host->BeginWork();
+  const bool started = m_pThread->Run(
+      "TextReader", [](IPLKernel::Thread*, void* reader) { static_cast<TextReader*>(reader)->Run(); }, this);
+  if (!started) {
+    m_host->EndWork(kFailed);
+  }
+  return started;
+}
+
+/// The thread may just be waiting for a file or for WordCount. The former ends at once; the latter soon, since
+/// WordCount goes on working until it is released below. And the thread acquires and releases no module, so this wait
+/// is allowed in an unload entry.
+TextReader::~TextReader() {
+  if (m_pThread != nullptr) {
+    eventfd_write(m_stopDescriptor, 1);
+    m_pThread->WaitUntilFinished(IPLKernel::Time::Forever());
+    m_pKernel->DestroyThread(m_pThread);
+  }
+  if (m_stopDescriptor >= 0) {
+    close(m_stopDescriptor);
+  }
+}
+
+void TextReader::Run() {
+  const int argc = m_pKernel->GetArgc();
+  const char** argv = m_pKernel->GetArgv();
+  int index = 1;
+  while (index < argc && (argv[index] == nullptr || m_pKernel->strcmp(argv[index], "--") != 0)) {
+    ++index;
+  }
+  if (++index >= argc) {
+    Report(nullptr, "no file is named behind '--'", kNothingNamed);
+  }
+  for (; index < argc; ++index) {
+    if (argv[index] != nullptr && ReadFile(argv[index]) == Progress::Stop) {
+      return;  // the host waits for nothing any more
+    }
+  }
+  EndOfWork end = {false};
+  m_wordCount->GetQueue()->Send(kMessageEndOfWork, &end);
+  if (!end.handled) {
+    Report(nullptr, "memory is exhausted, there is no summary", kNoMemory);
+  }
+  m_host->EndWork(m_status);
+}
+
+TextReader::Progress TextReader::ReadFile(const char* name) {
+  if (!m_file.Open(name)) {
+    Report(name, strerror(m_file.GetError()), kFailed);
+    return Progress::Go;
+  }
+  TextFile::Result result = TextFile::Result::Text;
+  while (result == TextFile::Result::Text) {
+    if (PassOn(result) == Progress::Stop) {
+      return Progress::Stop;
+    }
+  }
+  if (result == TextFile::Result::Failed) {
+    Report(name, strerror(m_file.GetError()), kFailed);
+  } else if (result == TextFile::Result::NoMemory) {
+    Report(name, "memory is exhausted, the rest is left out", kNoMemory);
+  }
+  m_file.Close();
+  // Also after a failure: what was read of the file has been passed on.
+  EndOfFile end = {name, false};
+  m_wordCount->GetQueue()->Send(kMessageEndOfFile, &end);
+  if (!end.handled) {
+    Report(name, "memory is exhausted, its counts are not shown", kNoMemory);
+  }
+  return Progress::Go;
+}
+
+/// Passes the next piece of the file on. result: how it went.
+TextReader::Progress TextReader::PassOn(TextFile::Result& result) {
+  TrackedPtr<TextChunk> chunk = MakeTracked<TextChunk>();
+  result = chunk ? m_file.Read(chunk->text) : TextFile::Result::NoMemory;
+  if (result == TextFile::Result::Stopped) {
+    return Progress::Stop;
+  }
+  if (result == TextFile::Result::Text) {
+    if (m_wordCount->PostText(chunk.get())) {
+      chunk.release();  // NOLINT(bugprone-unused-return-value): it is WordCount's now
+    } else {
+      result = TextFile::Result::NoMemory;
+    }
+  }
+  return Progress::Go;
+}
+
+/// Tells of a problem with a file, or with all if name is null, and keeps the highest status.
+void TextReader::Report(const char* name, const char* problem, Status status) {
+  fprintf(stderr, "TextReader: %s%s%s\n", name == nullptr ? "" : name, name == nullptr ? "" : ": ", problem);
+  if (status > m_status) {
+    m_status = status;
+  }
+}
+
+IPLKernel* s_pKernel = nullptr;
+
+}  // namespace
+}  // namespace pipeline
+
+void IPLModule_PLModule_PutKernel(IPLKernel* kernel) { pipeline::s_pKernel = kernel; }
+
+IPLModule* IPLModule_TextReader_ModuleLoad() {
+  auto reader = pipeline::MakeTracked<pipeline::TextReader>(pipeline::s_pKernel);
+  return reader && reader->Start() ? reader.release() : nullptr;
+}
+
+void IPLModule_TextReader_ModuleUnload(IPLModule* module) { PLTypes_ScalarDelete(module, __FILE__, __LINE__); }

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef IPL_HOST_STOPSIGNALS_H
+#define IPL_HOST_STOPSIGNALS_H
+
+#include <csignal>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+/// Blocks SIGINT and SIGTERM in the calling thread and in all threads that are started from now on, so that they reach
+/// no thread but StopWaiter's. Also undoes that they are ignored, as they are for a shell's background jobs.
+void BlockStopSignals();
+
+/// Waits for the first SIGINT or SIGTERM on a thread of its own. From then on a second one ends the process, so a host
+/// that hangs can be stopped. The destructor ends the thread.
+class StopWaiter {
+ public:
+  /// onStop is called once, on the waiting thread, if a signal arrives before the destructor runs.
+  explicit StopWaiter(std::function<void()> onStop);
+  ~StopWaiter();
+  StopWaiter(const StopWaiter&) = delete;
+  StopWaiter& operator=(const StopWaiter&) = delete;
+
+  /// Returns the signal that arrived, 0 if none did. It is known before onStop is called.
+  int GetSignal();
+
+ private:
+  void Wait();
+
+  const std::function<void()> m_onStop;
+  std::mutex m_mutex;  // guards the two below
+  int m_signal = 0;
+  bool m_bEnding = false;
+  std::condition_variable m_endingChanged;
+  std::thread m_thread;  // last: it uses all of the above
+};
+
+#endif  // IPL_HOST_STOPSIGNALS_H
