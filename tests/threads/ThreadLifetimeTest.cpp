@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "support/AllocControl.h"
+#include "threads/TestThread.h"
+#include "threads/modules/Lingerer.h"
+
+// Takes the place of the C library's: the pause behind a wait must not be what makes anything safe.
+extern "C" IPL_API int usleep(useconds_t) { return 0; }
+
+namespace {
+
+using Thread = IPLKernel::Thread;
+
+long CountEntries(const char* directory) {
+  return std::distance(std::filesystem::directory_iterator(directory), std::filesystem::directory_iterator());
+}
+
+std::string ReadMappings() {
+  std::ifstream file("/proc/self/maps");
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// Returns when no thread is left but those of before: one leaves the process a moment after its run has ended.
+void AwaitThreads() {
+  static const long s_before = [] {
+    std::string entry;  // a sanitizer starts a thread of its own together with the first one
+    std::thread([&] { entry = "/proc/self/task/" + std::to_string(gettid()); }).join();
+    while (access(entry.c_str(), F_OK) == 0) {
+      sched_yield();
+    }
+    return CountEntries("/proc/self/task");
+  }();
+  while (CountEntries("/proc/self/task") != s_before) {
+    sched_yield();
+  }
+}
+
+Semaphore s_go;
+Semaphore s_ended;
+std::atomic<int> s_runs{0};
+std::atomic<int> s_cleanups{0};
+std::tuple<Thread*, void*, Thread*> s_cleaned;
+
+void CountRun(Thread*, void*) { ++s_runs; }
+void WaitForGo(Thread*, void*) { s_go.Take(); }
+void GiveEnded(Thread*, void*) { s_ended.Give(); }
+void Cleanup(Thread* thread, void* userData) {
+  s_cleaned = {thread, userData, IPLKernel::GetKernel()->GetCurrentThread()};
+  ++s_cleanups;
+}
+
+class LifetimeTest : public ThreadFixture {
+ protected:
+  void SetUp() override {
+    AwaitThreads();
+    s_runs = 0;
+    s_cleanups = 0;
+    ThreadFixture::SetUp();
+  }
+  Thread* Start(Thread::ThreadProc procedure) {
+    Thread* thread = kernel->CreateThread();
+    EXPECT_TRUE(thread->Run("thread", procedure, this));
+    return thread;
+  }
+  /// Returns when all threads are gone. One thread more orders what they did before what follows.
+  static void AwaitThreadsInOrder() {
+    AwaitThreads();
+    TestThread([] {});
+    AwaitThreads();
+  }
+};
+
+TEST_F(LifetimeTest, DetachedObjectsEndByThemselves) {
+  AllocControl memory(kernel);
+  for (const bool runs : {false, true}) {
+    Thread* thread = runs ? Start(WaitForGo) : kernel->CreateThread();
+    EXPECT_EQ(Outcome(thread->Detach(Cleanup)), kDone);
+    EXPECT_EQ(s_cleanups, 1);
+    if (runs) {
+      EXPECT_EQ(Outcome(thread->Detach(nullptr)), kMark);
+      s_go.Give();
+    }
+    AwaitThreadsInOrder();
+    EXPECT_EQ(s_cleanups, runs ? 2 : 1);
+    EXPECT_EQ(s_cleaned, std::make_tuple(thread, runs ? this : nullptr, runs ? thread : nullptr));
+    EXPECT_EQ(memory.Held(), 0);
+  }
+  kernel->DestroyThread(Start(WaitForGo));
+  s_go.Give();
+  AwaitThreadsInOrder();
+  EXPECT_EQ(memory.Held(), 0);
+}
+
+// Each round ends an object in one of four ways, while its run is about to end by itself.
+TEST_F(LifetimeTest, EveryObjectIsDestroyedOnce) {
+  AllocControl memory(kernel);
+  for (int round = 1; round <= 800; ++round) {
+    Thread* thread = Start(CountRun);
+    EXPECT_TRUE(round % 4 < 2 || thread->WaitUntilFinished(kForever));
+    if (round % 2 == 0) {
+      EXPECT_TRUE(thread->Detach(Cleanup));
+    } else {
+      kernel->DestroyThread(thread);
+    }
+    AwaitThreadsInOrder();
+    EXPECT_EQ(s_runs, round);
+    EXPECT_EQ(s_cleanups, round / 2);
+    EXPECT_EQ(std::get<1>(s_cleaned), round == 1 ? nullptr : this);
+    EXPECT_EQ(memory.Held(), 0);
+  }
+}
+
+// The kernel goes, and another one comes, while a detached thread is behind its cleanup, behind its procedure, or
+// about to begin.
+TEST(ShutDownTest, ThreadsMayBeJustEnding) {
+  // A thread that comes too late leaves its object behind; what these hold is not taken for a leak.
+  static auto& s_kept = *new std::vector<Thread*>;
+  AwaitThreads();
+  for (int round = 0; round < 600; ++round) {
+    auto* kernel = static_cast<IPLKernel*>(IPLModule_IPLKernel_LoadModule());
+    IPLModule_IPLKernel_InitializeKernel(0, nullptr);
+    Thread* thread = kernel->CreateThread();
+    s_kept.push_back(round % 3 == 0 ? nullptr : thread);
+    EXPECT_TRUE(thread->Run("thread", round % 3 == 1 ? GiveEnded : CountRun, nullptr));
+    EXPECT_TRUE(thread->Detach(round % 3 == 0 ? GiveEnded : nullptr));
+    EXPECT_TRUE(round % 3 == 2 || s_ended.Take());
+    IPLModule_IPLKernel_UnloadModule(kernel);
+  }
+  AwaitThreads();
+}
+
+TEST_F(LifetimeTest, ALibraryStaysWhileADetachedThreadRunsIt) {
+  for (int round = 0; round < 20; ++round) {
+    auto* module = static_cast<Lingerer*>(kernel->AcquireModule("Lingerer", IPL_LINGERER_FILE));
+    ASSERT_NE(module, nullptr);
+    IPLKernel::Event* go = module->go;
+    kernel->ReleaseModule(module);
+    EXPECT_NE(ReadMappings().find("libLingerer.so"), std::string::npos);
+    go->Set();
+    AwaitThreadsInOrder();
+    EXPECT_EQ(ReadMappings().find("libLingerer.so"), std::string::npos);
+    kernel->DestroyEvent(go);
+  }
+}
+
+TEST_F(LifetimeTest, CyclesLeaveNothingBehind) {
+  AllocControl memory(kernel);
+  long descriptors = 0;
+  std::string before;
+  for (int cycle = 0; cycle < 1100; ++cycle) {
+    if (cycle == 100) {
+      descriptors = CountEntries("/proc/self/fd");
+      before = ReadMappings();
+    }
+    TestThread([] {});
+    AwaitThreads();
+  }
+  EXPECT_EQ(memory.Held(), 0);
+  EXPECT_EQ(CountEntries("/proc/self/fd"), descriptors);
+  const std::string after = ReadMappings();  // a sanitizer makes some of its own, but not one in each cycle
+  EXPECT_LT(std::count(after.begin(), after.end(), '\n'), std::count(before.begin(), before.end(), '\n') + 100);
+}
+
+}  // namespace
