@@ -115,8 +115,8 @@ class IPLKernel : public IPLModule {
     /// Waits until the run has ended; true at once if the object never ran. When it returns true the thread has left
     /// the procedure and the object, which may be destroyed.
     /// timeout: as for Event::Wait. A wait for a running thread takes at least 10 milliseconds.
-    /// False: PLError_Timeout is stored, or m_ThreadCantWaitOnSelf if the thread waits for itself. After a Run that
-    /// failed, when an earlier one had not, false at once and without an error. [any thread] [blocks]
+    /// False: PLError_Timeout is stored, or m_ThreadCantWaitOnSelf if the thread waits for itself. After a run
+    /// that the system refused, when an earlier one was not, false at once and without an error. [any thread] [blocks]
     virtual bool WaitUntilFinished(Time timeout) = 0;  // slot 2
     /// Offers the processor to another thread; concerns the calling thread. [any thread]
     virtual void YieldCPU() = 0;  // slot 3

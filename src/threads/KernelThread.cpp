@@ -133,7 +133,7 @@ bool KernelThread::Run(const char* name, ThreadProc procedure, void* userData) {
 }
 
 bool KernelThread::Start(const char* name, ThreadProc procedure, void* userData) {
-  if (s_pThreadLock == nullptr) {
+  if (procedure == nullptr || s_pThreadLock == nullptr) {
     return false;
   }
   IPLKernel* kernel = IPLKernel::GetKernel();
@@ -145,7 +145,7 @@ bool KernelThread::Start(const char* name, ThreadProc procedure, void* userData)
   }
   m_pFinishedEvent->Clear();
   ThreadAttributes attributes;
-  if (procedure == nullptr || !attributes.SetDetached()) {
+  if (!attributes.SetDetached()) {
     return false;
   }
   m_stackSize = std::min(m_requestedStackSize, attributes.GetStackSize());
