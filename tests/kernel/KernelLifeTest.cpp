@@ -41,10 +41,10 @@ class KernelLifeTest : public testing::Test {
 TEST_F(KernelLifeTest, OneObjectAndOneStart) {
   EXPECT_EQ(m_before, nullptr);
   EXPECT_EQ(IPLKernel::GetKernel(), kernel);
-  EXPECT_EQ(Load(), kernel);
   const char* first[] = {"first"};
   const char* second[] = {"second", "--modulemap", "a:b"};
   IPLModule_IPLKernel_InitializeKernel(1, first);
+  EXPECT_EQ(Load(), kernel);
   {
     const AllocControl memory(kernel);
     IPLModule_IPLKernel_InitializeKernel(3, second);

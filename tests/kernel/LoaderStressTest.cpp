@@ -153,7 +153,11 @@ TEST_F(LoaderStressTest, TenThousandCyclesLeaveNothingBehind) {
     kernel->ReleaseModule(kernel->AcquireModule("Alpha"));
     ASSERT_EQ(m_log, "Ap Al Au ");
   }
-  EXPECT_EQ(Resources(), before);
+  const std::array<long, 4> after = Resources();
+  EXPECT_TRUE(after[1] == before[1] && after[2] == before[2]) << after[1] << " descriptors, " << after[2] << " threads";
+  // Caches of the C library and a sanitizer's allocator may differ by a little; what a cycle leaves comes 10,000 times.
+  EXPECT_LT(after[0] - before[0], 1000) << "bytes of the heap";
+  EXPECT_LT(after[3] - before[3], 10) << "mappings";
   EXPECT_EQ(memory.Held(), 0);
 }
 
