@@ -65,6 +65,7 @@ CVelPluginWrapper::CVelPluginWrapper(CClientAppFactory::VEL_CLIENT_TYPE) {}
 
 CVelPluginWrapper::~CVelPluginWrapper() { Log("destroy"); }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the signatures are the device's.
 int CVelPluginWrapper::OnEvent(int, std::string, std::string) { return 0; }
 
 int CVelPluginWrapper::Open(std::string service, std::string version, std::string instance) {
@@ -78,6 +79,8 @@ std::string CVelPluginWrapper::Execute(std::string command, std::string p1, std:
   const char* answer = SetAnswer(command);
   return answer != nullptr ? std::string(answer) : AnswerFromClock(command, p1);
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 int CVelPluginWrapper::Close() {
   Log("Close");

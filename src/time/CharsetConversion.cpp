@@ -62,7 +62,7 @@ ConversionStatus ConvertToPLString(const char* source, unsigned long sourceLengt
   ConversionBuffers buffers = {};
   unsigned long skipped = 0;
   // Four bytes of output for each of input do nearly always; twice as much is tried once more, from the start.
-  for (const uint64_t factor : {4U, 8U}) {
+  for (uint64_t factor = 4;; factor *= 2) {
     const uint64_t room = factor * sourceLength;
     output = nullptr;
     output = AllocateOutput(room);
@@ -74,7 +74,7 @@ ConversionStatus ConvertToPLString(const char* source, unsigned long sourceLengt
     skipped = 0;
     buffers = {source, sourceLength, output.get(), static_cast<unsigned long>(room)};
     status = ConvertAll(converter, buffers, skipInvalid, OneByte, skipped);
-    if (status != ConversionStatus::kNoRoom) {
+    if (status != ConversionStatus::kNoRoom || factor == 8) {
       break;
     }
     converter.Reset();

@@ -14,7 +14,7 @@ int libiconv_close(void* descriptor);
 
 namespace {
 
-void* const kNotOpen = reinterpret_cast<void*>(static_cast<intptr_t>(-1));
+void* const kNotOpen = reinterpret_cast<void*>(static_cast<intptr_t>(-1));  // NOLINT(performance-no-int-to-ptr)
 
 ConversionStatus ToStatus(size_t result) {
   if (result != static_cast<size_t>(-1)) {

@@ -2,13 +2,12 @@
 // libIPLVelClient.so: all that knows the class of the platform's libVel.so.
 #include "time/VelClient.h"
 
+#include <CVelPluginWrapper.h>
 #include <stdlib.h>
 #include <string.h>
 
 #include <new>
 #include <string>
-
-#include "CVelPluginWrapper.h"
 
 namespace vel {
 
