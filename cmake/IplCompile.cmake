@@ -11,17 +11,21 @@ if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE RelWithDebInfo)
 endif()
 
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast)
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+  $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>)
 option(IPL_WERROR "Treat warnings as errors" OFF)
 if(IPL_WERROR)
   add_compile_options(-Werror)
 endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
-  add_compile_options(-Wthread-safety)
+  add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wthread-safety>)
 endif()
 
 # 64-bit time on 32-bit systems; without effect on others.
 add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+
+# Unwind tables, so that stack traces walk through this code on every target.
+add_compile_options(-funwind-tables)
 
 # The paths of the build stay out of what is installed.
 add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)

@@ -34,7 +34,10 @@ class IPLKernel : public IPLModule {
     constexpr Time() : m_nanoseconds(0) {}
     constexpr Time(int64_t nanoseconds) : m_nanoseconds(nanoseconds) {}  // NOLINT: a count is a Time
     static constexpr Time Forever() { return Time(INT64_MAX); }
-    static constexpr Time Milliseconds(int64_t count) { return Time(count * 1000000); }
+    /// A count that does not fit gives the value at that end of the range.
+    static constexpr Time Milliseconds(int64_t count) {
+      return Time(count > INT64_MAX / 1000000 ? INT64_MAX : count < INT64_MIN / 1000000 ? INT64_MIN : count * 1000000);
+    }
     constexpr int64_t GetNanoseconds() const { return m_nanoseconds; }
 
    private:
@@ -104,14 +107,16 @@ class IPLKernel : public IPLModule {
     virtual bool Run(const char* name, ThreadProc procedure, void* userData) = 0;  // slot 0
     /// Hands the object over to itself: when the run ends, the thread calls cleanup(thread, userData) and destroys the
     /// object. If no run is going on both happen before Detach returns, on the caller's thread. The libraries that
-    /// hold the procedure and the cleanup stay loaded until the thread has left them.
-    /// cleanup: may be null. Returns false, and does nothing, if the object was detached before. [any thread]
+    /// hold the procedure and the cleanup stay loaded until the thread has ended.
+    /// cleanup: may be null. It is not called if the kernel is shut down before the procedure has returned: who wants
+    /// to shut down behind a detached thread is told by the cleanup, not by the procedure. Returns false, and does
+    /// nothing, if the object was detached before. [any thread]
     virtual bool Detach(ThreadProc cleanup) = 0;  // slot 1
     /// Waits until the run has ended; true at once if the object never ran. When it returns true the thread has left
     /// the procedure and the object, which may be destroyed.
     /// timeout: as for Event::Wait. A wait for a running thread takes at least 10 milliseconds.
-    /// False: PLError_Timeout is stored, or m_ThreadCantWaitOnSelf if the thread waits for itself; after a Run that
-    /// failed, false without an error. [any thread] [blocks]
+    /// False: PLError_Timeout is stored, or m_ThreadCantWaitOnSelf if the thread waits for itself. After a run
+    /// that the system refused, when an earlier one was not, false at once and without an error. [any thread] [blocks]
     virtual bool WaitUntilFinished(Time timeout) = 0;  // slot 2
     /// Offers the processor to another thread; concerns the calling thread. [any thread]
     virtual void YieldCPU() = 0;  // slot 3
@@ -315,8 +320,8 @@ class IPLKernel : public IPLModule {
   /// Fills in the system's memory and swap sizes in bytes; 0 for each that is unknown. [any thread]
   virtual void GetMemoryInfo(unsigned long long& memTotal, unsigned long long& memFree, unsigned long long& swapTotal,
                              unsigned long long& swapFree) = 0;  // slot 41
-  /// Sets dir to the directory of the process's executable, without a '/' at its end. Returns false, and leaves dir
-  /// alone, if it cannot be found out. [any thread]
+  /// Sets dir to the directory of the process's executable, without a '/' at its end. Returns false if it cannot be
+  /// found out, or if memory is exhausted; dir may be empty then. [any thread]
   virtual bool GetKernelBinDirectory(PLString& dir) = 0;  // slot 42
 
   // Memory and text, as the C library's functions of the same names unless said otherwise. [any thread] ---------------

@@ -29,7 +29,8 @@ class IPLModule {
 /// thread that does so waits meanwhile. So an unload entry must not wait for a thread that acquires or releases
 /// modules. After the unload entry has returned the library is closed: each thread that runs the module's code must
 /// have ended by then (IPLKernel::Thread::WaitUntilFinished) or be detached, in which case the library stays in memory
-/// until that thread has left it.
+/// until that thread has ended. A thread that was waited for may still run destructors of thread-specific data: a
+/// module that has such destructors detaches its threads.
 ///
 /// This macro declares the three entry symbols of the module NAME.
 #define IPL_DECLARE_MODULE(NAME)                                   \

@@ -26,7 +26,7 @@ IPL_API void IPLModule_IPLKernel_InitializeKernel(int argc, const char** argv);
 
 /// Stops the services and destroys the kernel object. Does nothing when module is not the kernel object.
 /// Release all modules first: those still acquired are neither unloaded nor closed. Waits for threads that are just
-/// ending, not for threads whose procedure still runs.
+/// ending, detached ones and their cleanups too, not for threads whose procedure still runs.
 IPL_API void IPLModule_IPLKernel_UnloadModule(IPLModule* module);
 
 }  // extern "C"

@@ -37,12 +37,8 @@ class PLArray {
   /// Sets the number of elements. New elements are zero after the buffer has grown; within the capacity they are
   /// whatever was there before.
   void SetSize(unsigned long size) {
-    if (size > m_capacity) {
-      T* oldBuffer = nullptr;
-      if (!Grow(size, oldBuffer)) {
-        return;
-      }
-      FreeBuffer(oldBuffer);
+    if (size > m_capacity && !Grow(size)) {
+      return;
     }
     m_size = static_cast<uint32_t>(size);
   }
@@ -119,8 +115,8 @@ class PLArray {
     operator delete(buffer, 0U, nullptr, 0, static_cast<PLMem_Selector_PL_MALLOC_FREE*>(nullptr));
   }
 
-  /// Moves the elements to a buffer of more than size elements and hands the old buffer to the caller, who frees it.
-  bool Grow(unsigned long size, T*& oldBuffer) {
+  /// Moves the elements to a buffer of size elements or more.
+  bool Grow(unsigned long size) {
     uint64_t capacity = size;
     if (m_capacity != 0) {
       const uint64_t step = 2 * static_cast<uint64_t>(m_capacity);
@@ -147,7 +143,7 @@ class PLArray {
         buffer[i] = m_pData[i];
       }
     }
-    oldBuffer = m_pData;
+    FreeBuffer(m_pData);
     m_pData = buffer;
     m_capacity = static_cast<uint32_t>(capacity);
     return true;
@@ -158,8 +154,8 @@ class PLArray {
   uint32_t m_capacity;  // elements allocated
 
  protected:
-  /// Elements are moved and cleared as raw memory. A derived class may set it to false: then they are assigned one by
-  /// one.
+  /// Elements are moved and cleared as raw memory; true in every array of the kernel. Where a derived class sets it to
+  /// false they are assigned one by one.
   bool m_bPlainData;
 };
 

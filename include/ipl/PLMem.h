@@ -63,7 +63,8 @@ void PLTypes_ScalarDelete(T* object, const char* file, int line) {
     return;
   }
   object->~T();
-  operator delete(static_cast<void*>(object), file, line, static_cast<PLMem_Selector_PL_NEW_DELETE*>(nullptr));
+  operator delete(const_cast<void*>(static_cast<const volatile void*>(object)), file, line,
+                  static_cast<PLMem_Selector_PL_NEW_DELETE*>(nullptr));
 }
 
 #endif  // IPL_PLMEM_H

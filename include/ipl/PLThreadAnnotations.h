@@ -19,8 +19,6 @@
 #define PL_PT_GUARDED_BY(lock) PL_THREAD_ATTRIBUTE(pt_guarded_by(lock))
 /// A function that its caller calls with the lock held.
 #define PL_REQUIRES(...) PL_THREAD_ATTRIBUTE(requires_capability(__VA_ARGS__))
-/// A function that its caller calls without holding the lock.
-#define PL_EXCLUDES(...) PL_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 /// A function that returns with the lock held.
 #define PL_ACQUIRE(...) PL_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 /// A function that gives the lock back.

@@ -25,6 +25,7 @@ struct PLContractLayout<PointerTable> {
   IPL_ASSERT_OFFSET(PointerTable::TableEntry, key, 0);
   IPL_ASSERT_OFFSET(PointerTable::TableEntry, value, 4);
   IPL_ASSERT_OFFSET(PointerTable::TableEntry, next, 8);
+  IPL_ASSERT_SIZE(PointerTable::TableEntry, 12);
 };
 
 template <>

@@ -148,7 +148,7 @@ void PLString::AppendUnits(const unsigned short* units, uint64_t count) {
       return;
     }
     if (m_length != 0) {
-      kernel->memcpy(buffer.get(), m_pBuffer, ByteCount(m_length));
+      kernel->memcpy(buffer.get(), m_pBuffer, ByteCount(static_cast<uint64_t>(m_length) + 1));
     }
     // The appended text may lie in the old buffer, which is therefore freed last.
     kernel->memcpy(buffer.get() + m_length, units, ByteCount(count));

@@ -6,6 +6,8 @@
 #include "foundation/TrackedMemory.h"
 #include "kernel/ModuleMap.h"
 #include "messaging/KernelMessageQueue.h"
+#include "messaging/KernelTimerManager.h"
+#include "threads/DetachedCode.h"
 #include "threads/KernelThread.h"
 
 template <>
@@ -28,6 +30,7 @@ struct PLContractLayout<IPLKernelImpl> {
   IPL_ASSERT_OFFSET(IPLKernelImpl, m_lastError, 280);
   IPL_ASSERT_OFFSET(IPLKernelImpl, m_gmtOffset, 320);
   IPL_ASSERT_OFFSET(IPLKernelImpl, m_uniqueID, 328);
+  IPL_ASSERT_OFFSET(IPLKernelImpl, m_running, 332);
   static_assert(sizeof(std::atomic<bool>) == sizeof(bool) && std::atomic<bool>::is_always_lock_free,
                 "an atomic flag lies where the contract has a plain one");
   static_assert(sizeof(std::atomic<void*>) == sizeof(void*) && std::atomic<void*>::is_always_lock_free,
@@ -77,12 +80,21 @@ void IPLKernelImpl::InitializeKernel(int argc, const char** argv) PL_NO_THREAD_S
   // Without thread support threads cannot be run, and all threads share the kernel's last error.
   static_cast<void>(KernelThread::InitializeKernelThreads());
   KernelMessageQueue::Initialize(this);
+  KernelTimerManager::s_gate.Open();
 }
 
 // Runs on the host's thread after all other threads are done with the kernel; those that are just ending are waited
 // for by UninitializeKernelThreads, and use the kernel object until then.
 void IPLKernelImpl::UninitializeKernel() PL_NO_THREAD_SAFETY_ANALYSIS {
   m_shutdownPending.store(true, std::memory_order_release);
+  KernelTimerManager::s_gate.CloseAndDrain();
+  KernelTimerManager* timerManager = m_pTimerManager.exchange(nullptr, std::memory_order_acq_rel);
+  if (timerManager != nullptr) {
+    timerManager->Uninitialize();
+    PLTypes_ScalarDelete(timerManager, nullptr, 0);
+  }
+  KernelThread::DrainKernelThreads();  // their cleanups may still use queues
+  DetachedCode::CloseLeft();
   KernelMessageQueue::Uninitialize();
   KernelThread::UninitializeKernelThreads();
 
@@ -101,7 +113,6 @@ void IPLKernelImpl::UninitializeKernel() PL_NO_THREAD_SAFETY_ANALYSIS {
   m_pModuleMutex = nullptr;
   m_pModulesByKey = nullptr;
   m_pModulesByObject = nullptr;
-  m_pTimerManager.store(nullptr, std::memory_order_release);
   m_pModuleMap = nullptr;
   m_running = false;
 }

@@ -125,6 +125,9 @@ class IPLKernelImpl : public IPLKernel {
   friend struct PLContractLayout;
 
   void ReadGMTFromSystemClock(Time& gmt);
+  void WriteGMTToSystemClock(const Time& gmt) PL_REQUIRES(m_pStateMutex);
+  void NotifyGMTChange();
+  static uint32_t RandomPureHasher(long value);
 
   // The module loader (IPLKernelImplModules.cpp).
   IPLModule* LoadModule(const char* name, const char* path) PL_REQUIRES(m_pModuleMutex);

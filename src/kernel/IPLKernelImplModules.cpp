@@ -10,6 +10,7 @@
 #include "kernel/ModuleFile.h"
 #include "kernel/ModuleLibrary.h"
 #include "kernel/ModuleMap.h"
+#include "threads/DetachedCode.h"
 #include "threads/KernelLockGuard.h"
 
 // The walk takes no lock: the map does not change after start-up, and neither do the UTF-8 forms of its strings, which
@@ -57,10 +58,14 @@ IPLModule* IPLKernelImpl::LoadModule(const char* name, const char* path) {
     NoteModuleNotLoaded(name, "its path has no '/' and is longer than 47 bytes");
     return nullptr;
   }
+  DetachedCode::CloseLeft();  // so that a library which is still open for that reason alone is loaded afresh
   const ModuleFile file(*this, name, path);
-  ModuleLibrary library(ModuleLibrary::Open(name, file.Get()));
+  if (file.Get() == nullptr) {
+    return nullptr;
+  }
+  ModuleLibrary library(name, file.Get());
   ModuleEntries entries;
-  if (library.Get() == nullptr || !library.Resolve(name, file.Get(), entries)) {
+  if (library.Get() == nullptr || !library.Resolve(entries)) {
     return nullptr;
   }
   TrackedPtr<ModuleRecord> record = ModuleRecord::Make(name, path, library.Get(), entries.unload);
@@ -115,6 +120,7 @@ void IPLKernelImpl::ReleaseModule(IPLModule* module) {
   RemoveKey(record);
   RemoveObject(record);
   PLTypes_ScalarDelete(record, nullptr, 0);
+  DetachedCode::CloseLeft();
 }
 
 ModuleRecord* IPLKernelImpl::FindByKey(const IPLKernelModuleKey& key) {

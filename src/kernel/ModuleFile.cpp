@@ -5,22 +5,26 @@
 
 namespace {
 
-// The part of the default file behind the executable's directory is decoded as one text, so that a name which ends in
-// the middle of a character does not become another module's.
-void AppendDefaultName(IPLKernel& kernel, const char* name, PLString& file) {
+// Returns the default file, "" if the executable's directory is unknown, null if memory is exhausted. The part behind
+// the directory is decoded as one text, so that a name which ends in the middle of a character does not become another
+// module's.
+const char* MakeDefaultFile(IPLKernel& kernel, const char* name, PLString& file) {
+  if (!kernel.GetKernelBinDirectory(file)) {
+    return "";
+  }
   char tail[sizeof("/lib") + kMaximalModuleNameLength + sizeof(".so")];
   kernel.snprintf(tail, sizeof(tail), "/lib%s.so", name);
+  const unsigned long directoryLength = file.GetLength();
   file.AppendUTF8(tail, kernel.strlen(tail));
+  const char* text = file.GetUTF8();
+  return file.GetLength() != directoryLength && text[0] != '\0' ? text : nullptr;
 }
 
 }  // namespace
 
 ModuleFile::ModuleFile(IPLKernel& kernel, const char* name, const char* path) : m_local{}, m_file(path) {
   if (path == nullptr) {
-    if (kernel.GetKernelBinDirectory(m_default)) {
-      AppendDefaultName(kernel, name, m_default);
-    }
-    m_file = m_default.GetUTF8();
+    m_file = MakeDefaultFile(kernel, name, m_default);
   } else if (kernel.strchr(path, '/') == nullptr) {
     m_local[0] = '.';
     m_local[1] = '/';

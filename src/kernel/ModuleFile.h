@@ -18,7 +18,8 @@ class ModuleFile {
   ModuleFile(const ModuleFile&) = delete;
   ModuleFile& operator=(const ModuleFile&) = delete;
 
-  /// Valid as long as this object and the path that it was made from. Empty if the executable's directory is unknown.
+  /// Valid as long as this object and the path that it was made from. Empty if the executable's directory is unknown;
+  /// null if memory is exhausted.
   const char* Get() const { return m_file; }
 
  private:

@@ -9,6 +9,7 @@ template <>
 struct PLContractLayout<IPLKernelModuleKey> {
   IPL_ASSERT_OFFSET(IPLKernelModuleKey, name, 0);
   IPL_ASSERT_OFFSET(IPLKernelModuleKey, path, 4);
+  IPL_ASSERT_SIZE(IPLKernelModuleKey, 8);
 };
 
 namespace {

@@ -8,16 +8,21 @@
 
 namespace {
 
-char s_symbolName[256];  // guarded by the kernel object's module mutex
+// The name of an entry symbol, cut to 255 bytes.
+class SymbolName {
+ public:
+  const char* Set(const char* format, const char* moduleName) {
+    IPLKernel::GetKernel()->snprintf(m_text, sizeof(m_text), format, moduleName);
+    return m_text;
+  }
 
-const char* FormatSymbolName(const char* format, const char* name) {
-  IPLKernel::GetKernel()->snprintf(s_symbolName, sizeof(s_symbolName), format, name);
-  return s_symbolName;
-}
+ private:
+  char m_text[256];
+};
 
 template <typename Entry>
-bool ResolveEntry(void* library, const char* symbolName, Entry& entry) {
-  entry = reinterpret_cast<Entry>(::dlsym(library, symbolName));
+bool ResolveEntry(void* library, const char* symbol, Entry& entry) {
+  entry = reinterpret_cast<Entry>(::dlsym(library, symbol));
   return entry != nullptr;
 }
 
@@ -27,32 +32,32 @@ void NoteModuleNotLoaded(const char* name, const char* reason) {
   ::fprintf(stderr, "Note: Module %s was not loaded. Execution will continue without it (reason: %s)\n", name, reason);
 }
 
+ModuleLibrary::ModuleLibrary(const char* moduleName, const char* file)
+    : m_moduleName(moduleName), m_file(file), m_hLibrary(::dlopen(file, RTLD_NOW)) {
+  if (m_hLibrary == nullptr) {
+    const char* reason = ::dlerror();
+    NoteModuleNotLoaded(moduleName, reason != nullptr ? reason : "unknown");
+  }
+}
+
 ModuleLibrary::~ModuleLibrary() {
   if (m_hLibrary != nullptr) {
     ::dlclose(m_hLibrary);
   }
 }
 
-void* ModuleLibrary::Open(const char* name, const char* file) {
-  void* handle = ::dlopen(file, RTLD_NOW);
-  if (handle == nullptr) {
-    const char* reason = ::dlerror();
-    NoteModuleNotLoaded(name, reason != nullptr ? reason : "unknown");
-  }
-  return handle;
-}
-
-bool ModuleLibrary::Resolve(const char* name, const char* file, ModuleEntries& entries) const {
-  const char* symbolName = "IPLModule_PLModule_PutKernel";
-  if (ResolveEntry(m_hLibrary, symbolName, entries.putKernel)) {
-    symbolName = FormatSymbolName("IPLModule_%s_ModuleLoad", name);
-    if (ResolveEntry(m_hLibrary, symbolName, entries.load)) {
-      symbolName = FormatSymbolName("IPLModule_%s_ModuleUnload", name);
-      if (ResolveEntry(m_hLibrary, symbolName, entries.unload)) {
+bool ModuleLibrary::Resolve(ModuleEntries& entries) const {
+  SymbolName name;
+  const char* symbol = "IPLModule_PLModule_PutKernel";
+  if (ResolveEntry(m_hLibrary, symbol, entries.putKernel)) {
+    symbol = name.Set("IPLModule_%s_ModuleLoad", m_moduleName);
+    if (ResolveEntry(m_hLibrary, symbol, entries.load)) {
+      symbol = name.Set("IPLModule_%s_ModuleUnload", m_moduleName);
+      if (ResolveEntry(m_hLibrary, symbol, entries.unload)) {
         return true;
       }
     }
   }
-  ::fprintf(stderr, "Failed to load %s from %s\n", symbolName, file);
+  ::fprintf(stderr, "Failed to load %s from %s\n", symbol, m_file);
   return false;
 }

@@ -14,22 +14,23 @@ struct ModuleEntries {
 /// Owns the handle of a module's library until it is released.
 class ModuleLibrary {
  public:
-  explicit ModuleLibrary(void* handle) : m_hLibrary(handle) {}
+  /// Opens the file. On failure writes a note with the module's name and the reason to standard error, and is empty.
+  /// Both texts have to outlive the object.
+  ModuleLibrary(const char* moduleName, const char* file);
   ~ModuleLibrary();
   ModuleLibrary(const ModuleLibrary&) = delete;
   ModuleLibrary& operator=(const ModuleLibrary&) = delete;
 
-  /// Opens a library; on failure writes a note with the module's name and the reason to standard error and is empty.
-  static void* Open(const char* name, const char* file);
-
-  /// Resolves the entry symbols of the module name. Returns false at the first that is missing, after a line about it
-  /// on standard error. file is named in that line. Uses a static buffer: call it with the module mutex held.
-  bool Resolve(const char* name, const char* file, ModuleEntries& entries) const;
-
+  /// Null if it is empty.
   void* Get() const { return m_hLibrary; }
+  /// Resolves the entry symbols. Returns false at the first that is missing, after a line about it on standard error.
+  bool Resolve(ModuleEntries& entries) const;
+  /// Gives the handle up; the caller closes it.
   void Release() { m_hLibrary = nullptr; }
 
  private:
+  const char* const m_moduleName;  // not owned
+  const char* const m_file;        // not owned
   void* m_hLibrary;
 };
 

@@ -5,26 +5,38 @@
 
 #include "foundation/ContractLayout.h"
 #include "foundation/TrackedMemory.h"
+#include "foundation/Utf.h"
 
 template <>
 struct PLContractLayout<MapModuleFile> {
   IPL_ASSERT_OFFSET(MapModuleFile, name, 0);
   IPL_ASSERT_OFFSET(MapModuleFile, path, 24);
+  IPL_ASSERT_SIZE(MapModuleFile, 48);
 };
 
 namespace {
 
-// Makes the UTF-8 form that look-ups read, so that they need no lock. False if memory for it is exhausted.
-bool HasUTF8(PLString& text) { return text.GetLength() == 0 || text.GetUTF8()[0] != '\0'; }
+constexpr unsigned long kLongestSequence = 6;
+
+// Returns whether bytes decode to no text at all: the first sequence is cut off, or a zero.
+bool DecodesToNothing(const char* bytes, unsigned long count) {
+  unsigned short units[kLongestSequence] = {};
+  const unsigned long length = count < kLongestSequence ? count : kLongestSequence;
+  DecodeUtf8(reinterpret_cast<const unsigned char*>(bytes), length, units);
+  return units[0] == 0;
+}
+
+// Also makes the UTF-8 form that look-ups read, so that they need no lock. False if memory is exhausted.
+bool SetText(PLString& text, const char* bytes, unsigned long count) {
+  text.AppendUTF8(bytes, count);
+  return text.GetUTF8()[0] != '\0' || DecodesToNothing(bytes, count);
+}
 
 TrackedPtr<MapModuleFile> MakeEntry(const ModuleMapValue& value) {
   TrackedPtr<MapModuleFile> entry = MakeTracked<MapModuleFile>();
-  if (entry != nullptr) {
-    entry->name.AppendUTF8(value.name, value.nameLength);
-    entry->path.AppendUTF8(value.path, value.pathLength);
-    if (!HasUTF8(entry->name) || !HasUTF8(entry->path)) {
-      return nullptr;
-    }
+  if (entry == nullptr || !SetText(entry->name, value.name, value.nameLength) ||
+      !SetText(entry->path, value.path, value.pathLength)) {
+    return nullptr;
   }
   return entry;
 }

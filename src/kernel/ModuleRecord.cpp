@@ -13,6 +13,7 @@ struct PLContractLayout<ModuleRecord> {
   IPL_ASSERT_OFFSET(ModuleRecord, m_refCount, 12);
   IPL_ASSERT_OFFSET(ModuleRecord, m_name, 16);
   IPL_ASSERT_OFFSET(ModuleRecord, m_pPath, 64);
+  IPL_ASSERT_OFFSET(ModuleRecord, m_pHidden, 68);
 };
 
 TrackedPtr<ModuleRecord> ModuleRecord::Make(const char* name, const char* path, void* library, UnloadEntry unload) {

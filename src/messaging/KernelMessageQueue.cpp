@@ -73,7 +73,7 @@ void KernelMessageQueue::PostAt(Place place, unsigned long id, void* data) {
 void KernelMessageQueue::SendAt(Place place, unsigned long id, void* data) {
   IPLKernel* kernel = s_pKernel.load(std::memory_order_acquire);
   TrackedPtr<KernelMessage> message = MakeTracked<KernelMessage>(id, data);
-  if (message == nullptr) {
+  if (message == nullptr || kernel == nullptr) {
     return;
   }
   IPLKernel::Event* replyEvent = kernel->CreateEvent(true);

@@ -2,6 +2,7 @@
 #include "threads/KernelEvent.h"
 
 #include <errno.h>
+#include <sched.h>
 
 #include "foundation/ContractLayout.h"
 #include "threads/WaitDeadline.h"
@@ -13,6 +14,7 @@ struct PLContractLayout<KernelEvent> {
   IPL_ASSERT_OFFSET(KernelEvent, m_cond, 32);
   IPL_ASSERT_OFFSET(KernelEvent, m_signaled, 80);
   IPL_ASSERT_OFFSET(KernelEvent, m_manualReset, 81);
+  IPL_ASSERT_SIZE(KernelEvent, 88);
 };
 
 // Construction has no result. Where the system refuses a recursive mutex an ordinary one remains, which serves: no
@@ -31,7 +33,7 @@ KernelEvent::~KernelEvent() {
 // destroy the event at once. So the broadcast comes before the unlock, and nothing is touched after it.
 void KernelEvent::Set() {
   {
-    RecursiveMutexGuard guard(m_mutex);
+    PosixMutexGuard guard(m_mutex);
     if (!m_signaled) {
       m_signaled = true;
       ::pthread_cond_broadcast(&m_cond);
@@ -44,7 +46,7 @@ void KernelEvent::Set() {
 bool KernelEvent::Wait(IPLKernel::Time timeout) {
   bool signaled = false;
   {
-    RecursiveMutexGuard guard(m_mutex);
+    PosixMutexGuard guard(m_mutex);
     if (m_signaled) {
       signaled = true;  // no clock is read for an event that is set
     } else {
@@ -73,19 +75,19 @@ bool KernelEvent::WaitUntil(WaitDeadline& deadline) {
       break;
     }
     // A system whose clock has 32 bits refuses a later deadline; waiting until the end of its clock is what it can do.
-    if (result != 0) {
-      deadline.ReduceTo32Bits();
+    if (result != 0 && !deadline.ReduceTo32Bits()) {
+      ::sched_yield();  // no reason is known; whatever it is, the flag is looked at again
     }
   }
   return m_signaled;
 }
 
 void KernelEvent::Clear() {
-  RecursiveMutexGuard guard(m_mutex);
+  PosixMutexGuard guard(m_mutex);
   m_signaled = false;
 }
 
 bool KernelEvent::IsSet() {
-  RecursiveMutexGuard guard(m_mutex);
+  PosixMutexGuard guard(m_mutex);
   return m_signaled;
 }

@@ -7,7 +7,7 @@
 #include <ipl/IPLKernel.h>
 
 #include "foundation/TrackedMemory.h"
-#include "threads/RecursiveMutex.h"
+#include "threads/PosixMutex.h"
 
 class WaitDeadline;
 
@@ -30,7 +30,7 @@ class KernelEvent : public IPLKernel::Event, public TrackedObject {
 
   bool WaitUntil(WaitDeadline& deadline) PL_REQUIRES(m_mutex);
 
-  RecursiveMutex m_mutex;
+  PosixMutex m_mutex;
   pthread_cond_t m_cond;  // on the real-time clock; used with m_mutex
   bool m_signaled PL_GUARDED_BY(m_mutex);
   bool m_manualReset;  // never changes

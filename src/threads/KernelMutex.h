@@ -5,7 +5,7 @@
 #include <ipl/IPLKernel.h>
 
 #include "foundation/TrackedMemory.h"
-#include "threads/RecursiveMutex.h"
+#include "threads/PosixMutex.h"
 
 /// A recursive POSIX mutex.
 class KernelMutex : public IPLKernel::Mutex, public TrackedObject {
@@ -23,7 +23,7 @@ class KernelMutex : public IPLKernel::Mutex, public TrackedObject {
   template <typename>
   friend struct PLContractLayout;
 
-  RecursiveMutex m_mutex;
+  PosixMutex m_mutex;
 };
 
 #endif  // IPL_THREADS_KERNELMUTEX_H

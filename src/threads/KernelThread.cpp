@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "threads/KernelThread.h"
 
+#include <errno.h>
 #include <sched.h>
-#include <unistd.h>
+#include <time.h>
 
 #include <algorithm>
 
@@ -22,6 +23,7 @@ struct PLContractLayout<KernelThread> {
   IPL_ASSERT_OFFSET(KernelThread, m_pFinishedEvent, 68);
   IPL_ASSERT_OFFSET(KernelThread, m_name, 72);
   IPL_ASSERT_OFFSET(KernelThread, m_priority, 96);
+  IPL_ASSERT_OFFSET(KernelThread, m_pDetachedCode, 100);
 };
 
 namespace {
@@ -29,14 +31,20 @@ namespace {
 constexpr unsigned long kFirstStackSize = 1048576;
 constexpr unsigned char kFirstPriority = 128;
 constexpr int kUnusedTopPriorities = 5;
-constexpr useconds_t kPauseAfterWait = 10000;
+
+// The pause that every wait for a running thread ends with; a signal does not shorten it.
+void Pause() {
+  timespec rest = {0, 10000000};
+  while (::nanosleep(&rest, &rest) != 0 && errno == EINTR) {
+  }
+}
 
 }  // namespace
 
 IPLKernel::Mutex* KernelThread::s_pThreadLock = nullptr;
 pthread_key_t KernelThread::s_threadKey = 0;
 std::atomic<bool> KernelThread::s_keyValid{false};
-ThreadSupportGate KernelThread::s_gate;
+ShutdownGate KernelThread::s_gate;
 
 bool KernelThread::InitializeKernelThreads() {
   IPLKernel* kernel = IPLKernel::GetKernel();
@@ -54,11 +62,13 @@ bool KernelThread::InitializeKernelThreads() {
   return true;
 }
 
+void KernelThread::DrainKernelThreads() { s_gate.CloseAndDrain(); }
+
 void KernelThread::UninitializeKernelThreads() {
   if (s_pThreadLock == nullptr) {
     return;
   }
-  s_gate.CloseAndDrain();
+  DrainKernelThreads();
   s_keyValid.store(false, std::memory_order_release);
   ::pthread_key_delete(s_threadKey);
   s_threadKey = 0;
@@ -190,15 +200,14 @@ void KernelThread::FinishRun(void* userData) {
     }
   }
   cleanup(this, userData);
-  LibraryPin procedurePin;  // dropped last: then nothing of these libraries is on this thread's stack
-  LibraryPin cleanupPin;
+  TrackedPtr<DetachedCode> code;
   {
     KernelLockGuard guard(s_pThreadLock);
     EndRun();
-    procedurePin = std::move(m_procedurePin);
-    cleanupPin = std::move(m_cleanupPin);
+    code = std::move(m_pDetachedCode);
   }
   IPLKernel::GetKernel()->DestroyThread(this);
+  DetachedCode::Leave(std::move(code));
 }
 
 void KernelThread::EndRun() {
@@ -217,17 +226,15 @@ KernelThread::ThreadProc KernelThread::GetProcedure() {
 }
 
 bool KernelThread::Detach(ThreadProc cleanup) {
-  LibraryPin cleanupPin;
-  if (cleanup == nullptr) {
-    cleanup = StaticDummyDetachCleanupProc;
-  } else {
-    cleanupPin = LibraryPin(reinterpret_cast<const void*>(cleanup));
-  }
+  const ThreadProc wanted = cleanup != nullptr ? cleanup : StaticDummyDetachCleanupProc;
   void* userData = nullptr;
   for (;;) {
-    // Pins are made without the lock; if another run has begun meanwhile, its procedure is pinned instead.
+    // Libraries are opened without the lock; if another run has begun meanwhile, its procedure counts.
     const ThreadProc procedure = GetProcedure();
-    LibraryPin procedurePin(reinterpret_cast<const void*>(procedure));
+    TrackedPtr<DetachedCode> code;
+    if (procedure != nullptr) {
+      code = DetachedCode::Keep(reinterpret_cast<const void*>(procedure), reinterpret_cast<const void*>(cleanup));
+    }
     KernelLockGuard guard(s_pThreadLock);
     if (m_pfnDetachCleanup != nullptr) {
       return false;
@@ -235,16 +242,15 @@ bool KernelThread::Detach(ThreadProc cleanup) {
     if (m_pfnThreadProc != procedure) {
       continue;
     }
-    m_pfnDetachCleanup = cleanup;
+    m_pfnDetachCleanup = wanted;
     if (m_thread != 0) {
-      m_procedurePin = std::move(procedurePin);
-      m_cleanupPin = std::move(cleanupPin);
+      m_pDetachedCode = std::move(code);
       return true;  // the running thread does the rest
     }
     userData = m_pUserData;
     break;
   }
-  cleanup(this, userData);
+  wanted(this, userData);
   IPLKernel::GetKernel()->DestroyThread(this);
   return true;
 }
@@ -269,7 +275,7 @@ bool KernelThread::WaitUntilFinished(IPLKernel::Time timeout) {
     return false;
   }
   const bool outcome = finished->Wait(timeout);
-  ::usleep(kPauseAfterWait);
+  Pause();
   // The ending thread set the event with the lock held: when the lock is free it has left the object.
   KernelLockGuard guard(s_pThreadLock);
   return outcome;

@@ -9,8 +9,8 @@
 #include <ipl/IPLKernel.h>
 
 #include "foundation/TrackedMemory.h"
-#include "threads/LibraryPin.h"
-#include "threads/ThreadSupportGate.h"
+#include "threads/DetachedCode.h"
+#include "threads/ShutdownGate.h"
 
 /// A thread over POSIX threads, which are created detached: nobody joins them, the finished event tells their end.
 ///
@@ -46,6 +46,8 @@ class KernelThread : public IPLKernel::Thread, public TrackedObject {
 
   /// Start and end thread support; called by start-up and shut-down.
   static bool InitializeKernelThreads();
+  /// Refuses threads that begin or end from now on, and waits for those that just do. Comes before the end.
+  static void DrainKernelThreads();
   static void UninitializeKernelThreads();
   /// The calling thread's object; null on a thread that the kernel did not create. [any thread] Takes no lock.
   static KernelThread* GetCurrentKernelThread();
@@ -73,7 +75,7 @@ class KernelThread : public IPLKernel::Thread, public TrackedObject {
   /// Tells whether s_threadKey exists. Read without a lock by each GetLastError and SetLastError; written with release
   /// order by start-up and shut-down.
   static std::atomic<bool> s_keyValid;
-  static ThreadSupportGate s_gate;
+  static ShutdownGate s_gate;
 
   pthread_t m_thread PL_GUARDED_BY(s_pThreadLock);  // 0 when no run goes on
   unsigned long m_requestedStackSize PL_GUARDED_BY(s_pThreadLock);
@@ -86,8 +88,7 @@ class KernelThread : public IPLKernel::Thread, public TrackedObject {
   char m_name[24] PL_GUARDED_BY(s_pThreadLock);
   unsigned char m_priority PL_GUARDED_BY(s_pThreadLock);
   // Behind the fields of the contract: what a detached thread still runs stays loaded.
-  LibraryPin m_procedurePin PL_GUARDED_BY(s_pThreadLock);
-  LibraryPin m_cleanupPin PL_GUARDED_BY(s_pThreadLock);
+  TrackedPtr<DetachedCode> m_pDetachedCode PL_GUARDED_BY(s_pThreadLock);
 };
 
 #endif  // IPL_THREADS_KERNELTHREAD_H

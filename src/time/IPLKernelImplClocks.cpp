@@ -1,14 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
-// Slots 8 and 20 to 28: clocks. The platform's time service is not reached yet: GMT and local time read as the kernel's
-// time and cannot be set, and no time is broken into calendar fields.
+// Slots 8 and 20 to 28: clocks. GMT is the kernel's time plus an offset; the operating system's clock is never set.
 #include <time.h>
+
+#include <ipl/LocaleService.h>
 
 #include "kernel/IPLKernelImpl.h"
 #include "threads/KernelLockGuard.h"
+#include "time/Calendar.h"
+#include "time/VELLocaleInstance.h"
+#include "time/VelClientLibrary.h"
 
 namespace {
 
 constexpr int64_t kNanosecondsPerSecond = 1000000000;
+constexpr int64_t kNanosecondsPerMinute = 60 * kNanosecondsPerSecond;
+constexpr int64_t kDaylightSavingBias = 60 * kNanosecondsPerMinute;
+
+// Sums and differences of instants wrap instead of overflowing: their operands come from callers.
+int64_t Add(int64_t left, int64_t right) {
+  return static_cast<int64_t>(static_cast<uint64_t>(left) + static_cast<uint64_t>(right));
+}
+
+int64_t Subtract(int64_t left, int64_t right) {
+  return static_cast<int64_t>(static_cast<uint64_t>(left) - static_cast<uint64_t>(right));
+}
 
 IPLKernel::Time FromTimespec(const timespec& value) {
   return static_cast<int64_t>(value.tv_sec) * kNanosecondsPerSecond + value.tv_nsec;
@@ -37,25 +52,52 @@ IPLKernel::Time IPLKernelImpl::GetKernelTimeResolution() {
   return ::clock_getres(CLOCK_MONOTONIC, &resolution) == 0 ? FromTimespec(resolution) : Time(0);
 }
 
-void IPLKernelImpl::ReadGMTFromSystemClock(Time& gmt) { gmt = Time(0); }
+void IPLKernelImpl::ReadGMTFromSystemClock(Time& gmt) {
+  gmt = static_cast<int64_t>(getEpochTime()) * kNanosecondsPerSecond;
+}
 
-void IPLKernelImpl::SetTimeGMT(const Time&) {}
+void IPLKernelImpl::WriteGMTToSystemClock(const Time&) {}
+
+void IPLKernelImpl::SetTimeGMT(const Time& gmt) {
+  const Time now = GetKernelTime();
+  if (now >= gmt) {
+    return;
+  }
+  {
+    KernelLockGuard guard(m_pStateMutex);
+    m_gmtOffset = Subtract(gmt.GetNanoseconds(), now.GetNanoseconds());
+    WriteGMTToSystemClock(gmt);
+  }
+  // Without the state mutex: the timer thread reads GMT before it answers.
+  NotifyGMTChange();
+}
 
 IPLKernel::Time IPLKernelImpl::GetTimeGMT() {
   KernelLockGuard guard(m_pStateMutex);
-  return GetKernelTime().GetNanoseconds() + m_gmtOffset.GetNanoseconds();
+  return Add(GetKernelTime().GetNanoseconds(), m_gmtOffset.GetNanoseconds());
 }
 
-void IPLKernelImpl::SetTimeLocal(const Time&) {}
+void IPLKernelImpl::SetTimeLocal(const Time& local) {
+  const Time gmtNow = GetTimeGMT();
+  const Time localNow = GetTimeLocal();
+  SetTimeGMT(Add(Subtract(gmtNow.GetNanoseconds(), localNow.GetNanoseconds()), local.GetNanoseconds()));
+}
 
 IPLKernel::Time IPLKernelImpl::GetTimeLocal() { return ConvertGMTToLocal(GetTimeGMT()); }
 
-IPLKernel::Time IPLKernelImpl::ConvertGMTToLocal(const Time& gmt) { return gmt; }
-
-void IPLKernelImpl::TimeToCalendarTime(const Time&, CalendarTime& cal) {
-  cal = CalendarTime();
-  cal.day = 1;
-  cal.year = 1970;
+IPLKernel::Time IPLKernelImpl::ConvertGMTToLocal(const Time& gmt) {
+  LoadVelClientOperations();  // before the state mutex: it takes the dynamic loader's lock
+  KernelLockGuard guard(m_pStateMutex);
+  const int64_t minutes = VELLocaleInstance::m_LocaleInstance.GetTimeZoneOffset();
+  return Add(gmt.GetNanoseconds(), minutes * kNanosecondsPerMinute);
 }
 
-IPLKernel::Time IPLKernelImpl::GetDayLightSavingTimeBias(const Time&) { return 0; }
+void IPLKernelImpl::TimeToCalendarTime(const Time& time, CalendarTime& cal) {
+  KernelLockGuard guard(m_pStateMutex);
+  cal = BreakDownTime(time);
+}
+
+IPLKernel::Time IPLKernelImpl::GetDayLightSavingTimeBias(const Time& time) {
+  KernelLockGuard guard(m_pStateMutex);
+  return IsDaylightSavingTime(time) ? kDaylightSavingBias : 0;
+}

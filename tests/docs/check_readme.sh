@@ -7,9 +7,9 @@ source_dir=$1 compiler=$2 library=$3 work=$4
 shift 4
 
 rm -rf "$work"
-mkdir -p "$work/lib"
+mkdir -p "$work"
 ln -s "$source_dir/include" "$work/include"
-ln -s "$library" "$work/lib/libIPLKernel.so"
+ln -s "$(dirname "$library")" "$work/lib"
 cd "$work"
 
 # Each block goes to the file that its first line names; the lines of sh blocks to commands.

@@ -91,31 +91,6 @@ TEST_F(KernelLifeTest, BeforeItsStart) {
   kernel->DestroyEvent(event);
 }
 
-TEST_F(KernelLifeTest, ServicesThatAreNotThereAnswer) {
-  IPLModule_IPLKernel_InitializeKernel(0, nullptr);
-  PLString text;
-  char buffer[8];
-  unsigned long count = kernel->GetUniqueID();
-  IPLKernel::MessageQueue* queue = kernel->CreateMessageQueue();
-  EXPECT_EQ(kernel->GetTimerMessageID() + kernel->SetTimer(0, *queue, true) + kernel->SetTimerGMT(0, *queue, 1), count);
-  kernel->ClearTimer(count, *queue);
-  kernel->DestroyMessageQueue(queue);
-  EXPECT_TRUE(count == 0 && kernel->CreateStacktrace(0, 8) == nullptr);
-  EXPECT_FALSE(kernel->GetRandomData(buffer, 8) || kernel->ReadConsoleInputString(buffer, 8, 0));
-  EXPECT_EQ(kernel->PLStringToMultiByteCharacterString(text, buffer, 8, "UTF-8", count, count, true), 5U);
-  EXPECT_EQ(kernel->MultiByteCharacterStringToPLString("x", 1, text, "UTF-8", count, true), 5U);
-  kernel->GetSystemLanguage(text);
-  EXPECT_STREQ(text.GetUTF8(), "en");
-  const Time before = kernel->GetKernelTime();
-  kernel->SetTimeGMT(0);
-  kernel->SetTimeLocal(0);
-  EXPECT_TRUE(before <= kernel->GetTimeGMT() && before <= kernel->GetTimeLocal());
-  testing::internal::CaptureStderr();
-  kernel->AssertFailed(nullptr, 0, nullptr);
-  kernel->Kite_EnableLog(0, 0, "%d", 1);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
 TEST_F(KernelLifeTest, HashOfModuleKeys) {
   EXPECT_EQ(PLHashTable_KeyHash({"core", nullptr}), 893226815U);
   EXPECT_EQ(PLHashTable_KeyHash({"core", ""}), 893226815U);

@@ -144,6 +144,7 @@ TEST_F(LifetimeTest, ALibraryStaysWhileADetachedThreadRunsIt) {
     EXPECT_NE(ReadMappings().find("libLingerer.so"), std::string::npos);
     go->Set();
     AwaitThreadsInOrder();
+    EXPECT_EQ(kernel->AcquireModule("Nobody", "/nobody.so"), nullptr) << "libraries are closed along with such work";
     EXPECT_EQ(ReadMappings().find("libLingerer.so"), std::string::npos);
     kernel->DestroyEvent(go);
   }

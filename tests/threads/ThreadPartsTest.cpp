@@ -57,8 +57,8 @@ TEST(KernelThreadTest, MapsPrioritiesToTheRoundRobinRange) {
   }
 }
 
-TEST(ThreadSupportGateTest, CloseWaitsForThoseInsideAndRefusesNewcomers) {
-  ThreadSupportGate gate;
+TEST(ShutdownGateTest, CloseWaitsForThoseInsideAndRefusesNewcomers) {
+  ShutdownGate gate;
   EXPECT_FALSE(gate.Enter()) << "it is closed at first";
   for (int round = 0; round < 2; ++round) {
     gate.Open();

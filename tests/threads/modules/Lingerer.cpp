@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Lingerer.h"
 
+#include <pthread.h>
+
 IPL_DECLARE_MODULE(Lingerer);
 
 namespace {
@@ -9,7 +11,11 @@ IPLKernel* s_pKernel = nullptr;
 IPLKernel::Thread* s_pThread = nullptr;
 Lingerer s_module;
 
+pthread_key_t s_key;
+
+// The destructor of thread-specific data is code of this module that runs when the thread has left the kernel.
 void Linger(IPLKernel::Thread*, void*) {
+  pthread_setspecific(s_key, &s_module);
   s_module.go->Wait(IPLKernel::Time::Forever());
   s_module.go = nullptr;
 }
@@ -17,7 +23,10 @@ void Clean(IPLKernel::Thread*, void* module) { static_cast<Lingerer*>(module)->c
 
 }  // namespace
 
-void IPLModule_PLModule_PutKernel(IPLKernel* kernel) { s_pKernel = kernel; }
+void IPLModule_PLModule_PutKernel(IPLKernel* kernel) {
+  s_pKernel = kernel;
+  pthread_key_create(&s_key, [](void* module) { static_cast<Lingerer*>(module)->cleaned = false; });
+}
 
 IPLModule* IPLModule_Lingerer_ModuleLoad() {
   s_module.go = s_pKernel->CreateEvent(true);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef IPL_THREADS_RECURSIVEMUTEX_H
-#define IPL_THREADS_RECURSIVEMUTEX_H
+#ifndef IPL_THREADS_POSIXMUTEX_H
+#define IPL_THREADS_POSIXMUTEX_H
 
 #include <pthread.h>
 
@@ -9,11 +9,11 @@
 /// A POSIX mutex, and nothing beside it: an object of this class lies where the contract has a pthread_mutex_t.
 /// It is an ordinary mutex until InitialiseRecursive has made it a recursive one. It has no destructor, so that a
 /// static one serves until the process is gone; whoever embeds one calls Destroy.
-class PL_CAPABILITY("mutex") RecursiveMutex {
+class PL_CAPABILITY("mutex") PosixMutex {
  public:
-  constexpr RecursiveMutex() = default;
-  RecursiveMutex(const RecursiveMutex&) = delete;
-  RecursiveMutex& operator=(const RecursiveMutex&) = delete;
+  constexpr PosixMutex() = default;
+  PosixMutex(const PosixMutex&) = delete;
+  PosixMutex& operator=(const PosixMutex&) = delete;
 
   /// Returns false, and leaves the mutex as it was, if the system refuses. Called once, before any other use.
   bool InitialiseRecursive();
@@ -32,17 +32,17 @@ class PL_CAPABILITY("mutex") RecursiveMutex {
 };
 
 /// Holds the mutex for a scope.
-class PL_SCOPED_CAPABILITY RecursiveMutexGuard {
+class PL_SCOPED_CAPABILITY PosixMutexGuard {
  public:
-  explicit RecursiveMutexGuard(RecursiveMutex& mutex) PL_ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.Lock(); }
-  ~RecursiveMutexGuard() PL_RELEASE() { m_mutex.Unlock(); }
-  RecursiveMutexGuard(const RecursiveMutexGuard&) = delete;
-  RecursiveMutexGuard& operator=(const RecursiveMutexGuard&) = delete;
+  explicit PosixMutexGuard(PosixMutex& mutex) PL_ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.Lock(); }
+  ~PosixMutexGuard() PL_RELEASE() { m_mutex.Unlock(); }
+  PosixMutexGuard(const PosixMutexGuard&) = delete;
+  PosixMutexGuard& operator=(const PosixMutexGuard&) = delete;
 
  private:
-  RecursiveMutex& m_mutex;
+  PosixMutex& m_mutex;
 };
 
-static_assert(sizeof(RecursiveMutex) == sizeof(pthread_mutex_t), "lies where the contract has a pthread_mutex_t");
+static_assert(sizeof(PosixMutex) == sizeof(pthread_mutex_t), "lies where the contract has a pthread_mutex_t");
 
-#endif  // IPL_THREADS_RECURSIVEMUTEX_H
+#endif  // IPL_THREADS_POSIXMUTEX_H

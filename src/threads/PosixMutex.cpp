@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "threads/RecursiveMutex.h"
+#include "threads/PosixMutex.h"
 
-bool RecursiveMutex::InitialiseRecursive() {
+bool PosixMutex::InitialiseRecursive() {
   pthread_mutexattr_t attributes;
   if (::pthread_mutexattr_init(&attributes) != 0) {
     return false;

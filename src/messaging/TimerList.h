@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef IPL_MESSAGING_TIMERLIST_H
+#define IPL_MESSAGING_TIMERLIST_H
+
+#include <stdint.h>
+
+#include <ipl/IPLKernel.h>
+#include <ipl/PLArray.h>
+
+#include "foundation/TrackedMemory.h"
+
+/// One pending timer.
+struct TimerRecord {
+  IPLKernel::Time fireTime;        // kernel time or GMT, by the list that holds it
+  IPLKernel::Time interval;        // the period
+  IPLKernel::MessageQueue* queue;  // not owned
+  uint32_t timerID;
+  bool periodic;  // re-armed after it fired
+  // Behind the fields of the contract: where to tell the sender of the record that the timer thread owns it now; lives
+  // until the sender's Send returns.
+  bool* taken;
+};
+
+/// Operations on a list of timers, ascending by fire time; equal fire times keep the order of insertion. A list does
+/// not own its records.
+namespace TimerList {
+
+/// Inserts behind all records with the same fire time. Returns false if memory is exhausted.
+bool Insert(PLArray<TimerRecord*>& list, TimerRecord* record);
+
+/// Returns how many records at the front have a fire time of now or before.
+unsigned long CountDue(const PLArray<TimerRecord*>& list, IPLKernel::Time now);
+
+/// Removes the first removed records and inserts those of the first kept slots again, in their order, each as Insert
+/// does. kept is not more than removed. Needs no memory of the kernel.
+void Rearm(PLArray<TimerRecord*>& list, unsigned long removed, unsigned long kept);
+
+/// Returns the index of the last record with this identifier, or GetSize() if there is none.
+unsigned long FindLast(const PLArray<TimerRecord*>& list, uint32_t timerID);
+
+}  // namespace TimerList
+
+#endif  // IPL_MESSAGING_TIMERLIST_H

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: Apache-2.0
+// What runs on the timer thread.
+#include "messaging/KernelTimerManager.h"
+#include "messaging/TimeArithmetic.h"
+#include "threads/KernelLockGuard.h"
+
+namespace {
+
+constexpr int64_t kNanosecondsPerSecond = 1000000000;
+constexpr int64_t kSecondsPerHour = 3600;
+constexpr int64_t kSecondsPerDay = 24 * kSecondsPerHour;
+constexpr int64_t kLastHourOfDay = 23;
+
+// Returns the time of day that seconds stands for, on the date of gmtNow or, if that is past, the day after.
+IPLKernel::Time NextTimeOfDay(int64_t seconds, IPLKernel::Time gmtNow) {
+  const int64_t days = gmtNow.GetNanoseconds() / kNanosecondsPerSecond / kSecondsPerDay;
+  const int64_t today = days * kSecondsPerDay + seconds;
+  const IPLKernel::Time fireTime = SaturatingSeconds(today);
+  return fireTime < gmtNow ? SaturatingSeconds(today + kSecondsPerDay) : fireTime;
+}
+
+// Returns how long to wait at now for the first timer of a list; not less than 1 ns, so that the wait is no poll.
+IPLKernel::Time WaitForFirst(const PLArray<TimerRecord*>& list, IPLKernel::Time now) {
+  if (list.GetSize() == 0) {
+    return IPLKernel::Time::Forever();
+  }
+  const IPLKernel::Time fireTime = list[0]->fireTime;
+  return now < fireTime ? SaturatingSubtract(fireTime, now) : IPLKernel::Time(1);
+}
+
+}  // namespace
+
+void KernelTimerManager::StaticTimerThreadProc(IPLKernel::Thread*, void* manager) {
+  static_cast<KernelTimerManager*>(manager)->TimerThreadProc();
+}
+
+// A command is released before the pass that follows it: a caller that holds its own queue's lock is not waited for.
+void KernelTimerManager::TimerThreadProc() {
+  IPLKernel::Time wait = IPLKernel::Time::Forever();
+  for (;;) {
+    IPLKernel::Message* message = m_pQueue->Receive(wait);
+    if (message != nullptr) {
+      const bool quit = message->GetID() == TimerCommand_Quit;
+      HandleCommand(message);
+      m_pQueue->ReleaseMessage(message);
+      if (quit) {
+        return;
+      }
+    }
+    DispatchTimers(wait);
+  }
+}
+
+void KernelTimerManager::HandleCommand(IPLKernel::Message* message) {
+  switch (message->GetID()) {
+    case TimerCommand_Schedule: {
+      auto* record = static_cast<TimerRecord*>(message->GetData());
+      *record->taken = ScheduleTimer(record, m_kernelTimers);
+      break;
+    }
+    case TimerCommand_ScheduleGMT: {
+      auto* record = static_cast<TimerRecord*>(message->GetData());
+      bool* taken = record->taken;  // the record may be freed
+      const IPLKernel::Time kernelNow = m_pKernel->GetKernelTime();
+      *taken = ScheduleTimerGMT(record, kernelNow, m_pKernel->GetTimeGMT());
+      break;
+    }
+    case TimerCommand_Clear:
+      ClearTimerRecord(static_cast<TimerClearRecord*>(message->GetData()));
+      break;
+    case TimerCommand_RecalculateGMT:
+      RecalculateGMTFireTimes();
+      break;
+    default:
+      break;
+  }
+}
+
+// Returns false, and leaves the record to its sender, if memory is exhausted.
+bool KernelTimerManager::ScheduleTimer(TimerRecord* record, PLArray<TimerRecord*>& list) {
+  return TimerList::Insert(list, record);
+}
+
+bool KernelTimerManager::ScheduleTimerGMT(TimerRecord* record, const IPLKernel::Time& kernelNow,
+                                          const IPLKernel::Time& gmtNow) {
+  if (gmtNow < record->fireTime) {
+    return ScheduleTimer(record, m_gmtTimers);
+  }
+  const int64_t seconds = record->fireTime.GetNanoseconds() / kNanosecondsPerSecond;
+  if (seconds / kSecondsPerHour <= kLastHourOfDay) {
+    record->fireTime = NextTimeOfDay(seconds, gmtNow);
+    return ScheduleTimer(record, m_gmtTimers);
+  }
+  // A date that has passed fires now, and from now on in its period.
+  if (record->periodic) {
+    record->fireTime = SaturatingAdd(record->interval, gmtNow);
+    if (!ScheduleTimer(record, m_gmtTimers)) {
+      return false;
+    }
+    PostTimerMessage(*record, kernelNow, gmtNow);
+  } else {
+    PostTimerMessage(*record, kernelNow, gmtNow);
+    PLTypes_ScalarDelete(record, nullptr, 0);
+  }
+  return true;
+}
+
+void KernelTimerManager::DispatchTimers(IPLKernel::Time& wait) {
+  const IPLKernel::Time kernelNow = m_pKernel->GetKernelTime();
+  const IPLKernel::Time gmtNow = m_pKernel->GetTimeGMT();
+  FireDue(m_kernelTimers, kernelNow, kernelNow, gmtNow);
+  FireDue(m_gmtTimers, gmtNow, kernelNow, gmtNow);
+  const IPLKernel::Time kernelWait = WaitForFirst(m_kernelTimers, m_pKernel->GetKernelTime());
+  const IPLKernel::Time gmtWait = WaitForFirst(m_gmtTimers, m_pKernel->GetTimeGMT());
+  wait = gmtWait < kernelWait ? gmtWait : kernelWait;
+}
+
+// A record that is re-armed fires after now, hence not again in this pass: it is enough to look at those due when the
+// pass begins, and to close the gap that they leave once.
+void KernelTimerManager::FireDue(PLArray<TimerRecord*>& list, IPLKernel::Time now, IPLKernel::Time kernelNow,
+                                 IPLKernel::Time gmtNow) {
+  const unsigned long due = TimerList::CountDue(list, now);
+  unsigned long kept = 0;
+  for (unsigned long i = 0; i < due; ++i) {
+    TimerRecord* record = list[i];
+    PostTimerMessage(*record, kernelNow, gmtNow);
+    if (record->periodic) {
+      record->fireTime = SaturatingAdd(record->interval, now);
+      list[kept++] = record;
+    } else {
+      PLTypes_ScalarDelete(record, nullptr, 0);
+    }
+  }
+  if (due != 0) {
+    TimerList::Rearm(list, due, kept);
+  }
+}
+
+// Without memory this firing is lost, and nothing else.
+void KernelTimerManager::PostTimerMessage(const TimerRecord& record, IPLKernel::Time kernelNow,
+                                          IPLKernel::Time gmtNow) {
+  TimerMessage* data = CreateTimerMessage(kernelNow, gmtNow, record.timerID);
+  if (data == nullptr) {
+    return;
+  }
+  // Post has no result; with the lock held the length tells.
+  KernelLockGuard guard(record.queue);
+  const unsigned long length = record.queue->GetLength();
+  record.queue->Post(m_timerMessageID, static_cast<IPLKernel::TimerMessageData*>(data));
+  if (record.queue->GetLength() == length) {
+    data->ReleaseTimerData();
+  }
+}
+
+void KernelTimerManager::ClearTimerRecord(TimerClearRecord* clear) {
+  PLArray<TimerRecord*>* list = &m_kernelTimers;
+  unsigned long index = TimerList::FindLast(*list, clear->timerID);
+  if (index == list->GetSize()) {
+    list = &m_gmtTimers;
+    index = TimerList::FindLast(*list, clear->timerID);
+  }
+  if (index != list->GetSize() && (*list)[index]->queue == clear->queue) {
+    PLTypes_ScalarDelete((*list)[index], nullptr, 0);
+    list->RemoveAt(index);
+  }
+}
