@@ -263,10 +263,14 @@ class IPLKernel : public IPLModule {
   /// Destroys an event. Ignores null. [owner]
   virtual void DestroyEvent(Event* event) = 0;  // slot 14
 
-  // Stack traces (not served by this version: CreateStacktrace returns null) ------------------------------------------
+  // Stack traces ------------------------------------------------------------------------------------------------------
 
+  /// Returns the calling thread's stack trace, which the caller owns; null if memory is exhausted. skip: the number of
+  /// innermost frames to leave out. maxDepth: how far to walk, at most 32; three frames of the kernel's own and those
+  /// left out count too. [any thread] Takes no lock.
   virtual Stacktrace* CreateStacktrace(unsigned long maxDepth, unsigned long skip) = 0;  // slot 15
-  virtual void DestroyStacktrace(Stacktrace* stacktrace) = 0;                            // slot 16
+  /// Destroys a stack trace. Ignores null. [owner]
+  virtual void DestroyStacktrace(Stacktrace* stacktrace) = 0;  // slot 16
 
   // Memory (PLMem.h gives operators on top) ---------------------------------------------------------------------------
 
@@ -277,26 +281,50 @@ class IPLKernel : public IPLModule {
   /// As free. [any thread]
   virtual void Free(void* block, const char* file, int line) = 0;  // slot 19
 
-  // Time (GMT and local time read as the kernel's time in this version, and cannot be set) ----------------------------
+  // Time --------------------------------------------------------------------------------------------------------------
 
   /// Returns the time of the kernel's clock, which never jumps; 0 if the clock fails. [any thread]
   virtual Time GetKernelTime() = 0;  // slot 20
   /// Returns the resolution of that clock; 0 if it fails. [any thread]
-  virtual Time GetKernelTimeResolution() = 0;                                // slot 21
-  virtual void SetTimeGMT(const Time& gmt) = 0;                              // slot 22
-  virtual Time GetTimeGMT() = 0;                                             // slot 23
-  virtual void SetTimeLocal(const Time& local) = 0;                          // slot 24
-  virtual Time GetTimeLocal() = 0;                                           // slot 25
-  virtual Time ConvertGMTToLocal(const Time& gmt) = 0;                       // slot 26
+  virtual Time GetKernelTimeResolution() = 0;  // slot 21
+  /// Sets GMT, for this process alone, and has the GMT timers looked at again. Does nothing if gmt is not later than
+  /// the kernel's time. [any thread but the timer thread] [blocks] Takes the state mutex; waits without it.
+  virtual void SetTimeGMT(const Time& gmt) = 0;  // slot 22
+  /// Returns GMT: the kernel's time plus an offset. [any thread] Takes the state mutex.
+  virtual Time GetTimeGMT() = 0;  // slot 23
+  /// Sets GMT so that local time reads local. As SetTimeGMT and GetTimeLocal.
+  virtual void SetTimeLocal(const Time& local) = 0;  // slot 24
+  /// Returns local time: GMT plus the offset that the platform's TV service gave first; GMT without the service.
+  /// [any thread] [blocks] Takes the state mutex, and the lock of the locale service while the service is asked.
+  virtual Time GetTimeLocal() = 0;  // slot 25
+  /// Returns the local time of a GMT instant. As GetTimeLocal.
+  virtual Time ConvertGMTToLocal(const Time& gmt) = 0;  // slot 26
+  /// Breaks a time, truncated toward zero to seconds, into calendar fields; applies no time zone. 1970-01-01 00:00:00
+  /// if that fails. [any thread] Takes the state mutex.
   virtual void TimeToCalendarTime(const Time& time, CalendarTime& cal) = 0;  // slot 27
-  virtual Time GetDayLightSavingTimeBias(const Time& time) = 0;              // slot 28
+  /// Returns one hour if daylight-saving time is in force at a GMT instant in the C library's time zone, else 0.
+  /// Instants beyond 32 bits of seconds count as the nearest that fits. [any thread] Takes the state mutex.
+  virtual Time GetDayLightSavingTimeBias(const Time& time) = 0;  // slot 28
 
-  // Timers (not served by this version: all return 0) -----------------------------------------------------------------
+  // Timers ------------------------------------------------------------------------------------------------------------
+  //
+  // A timer that is due posts a message to its queue: its ID is GetTimerMessageID(), its data a TimerMessageData. All
+  // operations are [any thread but the timer thread] [blocks] [running]; the first one starts the timer thread, under
+  // the state mutex, and each waits without a lock until that thread has taken the request. They return 0 and do
+  // nothing when the kernel is not running or is shutting down, and when memory is exhausted.
 
-  virtual unsigned long GetTimerMessageID() = 0;                                                        // slot 29
-  virtual unsigned long SetTimer(const Time& delay, MessageQueue& queue, bool periodic) = 0;            // slot 30
+  /// Returns the ID of every timer's messages; the same until the kernel is unloaded.
+  virtual unsigned long GetTimerMessageID() = 0;  // slot 29
+  /// Fires after delay on the kernel's clock, and if periodic again each time delay after it fired. A delay of zero or
+  /// less fires once, soon. Returns the timer's identifier.
+  virtual unsigned long SetTimer(const Time& delay, MessageQueue& queue, bool periodic) = 0;  // slot 30
+  /// Fires at an instant of GMT, and if period is positive again each time period after it fired. An instant of the
+  /// first day of 1970, or before, that is past is a time of day: it fires when that time comes next. Another one that
+  /// is past fires at once; do not hold the lock of queue then. Returns the timer's identifier.
   virtual unsigned long SetTimerGMT(const Time& instant, MessageQueue& queue, const Time& period) = 0;  // slot 31
-  virtual void ClearTimer(unsigned long timerID, MessageQueue& queue) = 0;                              // slot 32
+  /// Ends a timer of this queue and takes its messages out of it: when this returns none is there and none comes. With
+  /// another queue than the timer's it only takes out messages. Without memory for the request the timer goes on.
+  virtual void ClearTimer(unsigned long timerID, MessageQueue& queue) = 0;  // slot 32
 
   // Message queues ----------------------------------------------------------------------------------------------------
 
@@ -307,7 +335,9 @@ class IPLKernel : public IPLModule {
 
   // The process -------------------------------------------------------------------------------------------------------
 
-  virtual unsigned long GetUniqueID() = 0;  // slot 35: not served by this version, returns 0
+  /// Returns 1, then 2, and so on: no value twice in a process, until 32 bits are used up. [any thread] Takes the state
+  /// mutex.
+  virtual unsigned long GetUniqueID() = 0;  // slot 35
   /// Returns the process identifier. [any thread]
   virtual unsigned long GetProcessID() = 0;  // slot 36
   /// Returns the argument count that the host passed, 0 before. [any thread]
@@ -315,8 +345,10 @@ class IPLKernel : public IPLModule {
   /// Returns the argument vector that the host passed, null before. It belongs to the host. [any thread]
   virtual const char** GetArgv() = 0;  // slot 38
   /// Returns whether the kernel is being shut down. [any thread]
-  virtual bool IsShutdownPending() = 0;                              // slot 39
-  virtual bool GetRandomData(void* buffer, unsigned long size) = 0;  // slot 40: not served by this version, false
+  virtual bool IsShutdownPending() = 0;  // slot 39
+  /// Fills buffer with random bytes from /dev/urandom, or else with bytes made from the list of processes, for which it
+  /// runs a command. Returns false if both fail; buffer may be changed then. [any thread] [blocks]
+  virtual bool GetRandomData(void* buffer, unsigned long size) = 0;  // slot 40
   /// Fills in the system's memory and swap sizes in bytes; 0 for each that is unknown. [any thread]
   virtual void GetMemoryInfo(unsigned long long& memTotal, unsigned long long& memFree, unsigned long long& swapTotal,
                              unsigned long long& swapFree) = 0;  // slot 41
@@ -352,28 +384,50 @@ class IPLKernel : public IPLModule {
   virtual char* strchr(const char* text, int character) = 0;                                             // slot 63
   virtual char* strrchr(const char* text, int character) = 0;                                            // slot 64
 
-  // Character sets and language (not served by this version: both conversions return 5, the language is "en") ---------
+  // Character sets and language ---------------------------------------------------------------------------------------
+  //
+  // Both conversions return a status: 0 converted, 1 no room, 2 invalid or unconvertible input and skipInvalid is
+  // false, 3 input that ends within a character, 4 another error or no memory, 5 unknown character set, which changes
+  // nothing. Whatever the status below 5, the output holds what was converted before, is terminated, and the counts are
+  // set. A character that combines with the next one is held back by some character sets: when a conversion stops with
+  // an error it counts as consumed and is not in the output. [any thread] They take no lock.
 
+  /// Converts source, behind a leading U+FEFF, to charSet (never null). A set that has no U+FEFF therefore ends with
+  /// status 2 at once, unless skipInvalid is true. targetSize: bytes of room, the terminating zero included; 0 writes
+  /// nothing and gives status 1. bytesWritten counts the zero; bytesConsumed counts bytes of UTF-16, the U+FEFF
+  /// included, without what was skipped.
   virtual unsigned int PLStringToMultiByteCharacterString(const PLString& source, char* target,
                                                           unsigned long targetSize, const char* charSet,
                                                           unsigned long& bytesWritten, unsigned long& bytesConsumed,
                                                           bool skipInvalid) = 0;  // slot 65
+  /// Converts sourceLength bytes of charSet (never null) and replaces target by the result, up to the first zero in it.
+  /// bytesConsumed does not count what was skipped.
   virtual unsigned int MultiByteCharacterStringToPLString(const char* source, unsigned long sourceLength,
                                                           PLString& target, const char* charSet,
                                                           unsigned long& bytesConsumed,
                                                           bool skipInvalid) = 0;  // slot 66
-  virtual const char* GetSystemCharSet() = 0;                                     // slot 67
-  virtual void GetSystemLanguage(PLString& language) = 0;                         // slot 68
+  /// Returns the C library's name for the character set of the process's locale. It belongs to the C library.
+  virtual const char* GetSystemCharSet() = 0;  // slot 67
+  /// Sets language to the language of LANG, such as "de" or "de-DE"; "en" if it names none. Lengths of its parts are
+  /// counted in bytes. The environment must not change meanwhile.
+  virtual void GetSystemLanguage(PLString& language) = 0;  // slot 68
 
   /// Copies at most size - 1 bytes of source and always writes a terminating zero. A null source counts as empty. Does
   /// nothing if destination is null or size is 0. [any thread]
   virtual void strncpyTerm(char* destination, const char* source, unsigned long size) = 0;  // slot 69
 
-  // Diagnostics (not served by this version: nothing is written or read) ----------------------------------------------
+  // Diagnostics -------------------------------------------------------------------------------------------------------
 
-  virtual void AssertFailed(const char* file, int line, const char* expression) = 0;                   // slot 70
-  virtual bool ReadConsoleInputString(char* buffer, unsigned long size, Time timeout) = 0;             // slot 71
-  virtual void WriteConsoleOutputString(const char* format, ...) IPL_PRINTF(2, 3) = 0;                 // slot 72
+  /// Writes a line with file and line to standard error and returns. expression is not used. [any thread]
+  virtual void AssertFailed(const char* file, int line, const char* expression) = 0;  // slot 70
+  /// Reads what standard input has, at most size - 1 bytes, a line at a time from a terminal; adds a terminating zero
+  /// and keeps the line feed. timeout: relative; 0 polls, Time::Forever() waits without limit, less than 0 or more than
+  /// 24 days is 24 days. Returns false, and leaves buffer alone, on a time-out, a signal, an error, at the end of
+  /// input, and if size is below 2. [any thread] [blocks]
+  virtual bool ReadConsoleInputString(char* buffer, unsigned long size, Time timeout) = 0;  // slot 71
+  /// Writes nothing: console output is switched off. [any thread]
+  virtual void WriteConsoleOutputString(const char* format, ...) IPL_PRINTF(2, 3) = 0;  // slot 72
+  /// Hands format to WriteConsoleOutputString if the machine's log level enables category and level. [any thread]
   virtual void Kite_EnableLog(int category, int level, const char* format, ...) IPL_PRINTF(4, 5) = 0;  // slot 73
 
   // The errors of thread operations, codes 256 to 261; never changed.

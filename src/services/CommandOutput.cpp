@@ -41,6 +41,11 @@ class Descriptor {
   } else if (::dup2(writeEnd, STDOUT_FILENO) < 0) {
     ::_exit(1);
   }
+  // The process may ignore or block the signal that ends a command whose output is not read on; exec keeps both.
+  ::signal(SIGPIPE, SIG_DFL);
+  sigset_t none;
+  ::sigemptyset(&none);
+  ::sigprocmask(SIG_SETMASK, &none, nullptr);
   ::execlp("ps", "ps", "-A", static_cast<char*>(nullptr));
   ::_exit(1);
 }

@@ -81,8 +81,13 @@ ConversionStatus ConvertToPLString(const char* source, unsigned long sourceLengt
   }
   buffers.output[0] = '\0';
   buffers.output[1] = '\0';
+  const auto* text = reinterpret_cast<const unsigned short*>(output.get());
   target.Empty();
-  target.Append(reinterpret_cast<const unsigned short*>(output.get()));
+  target.Append(text);
+  if (target.GetLength() != IPLKernel::GetKernel()->wcslen(text)) {  // no memory for it
+    bytesConsumed = 0;
+    return ConversionStatus::kOtherError;
+  }
   bytesConsumed = sourceLength - buffers.inputLeft - skipped;
   return status;
 }

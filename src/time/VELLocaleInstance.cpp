@@ -38,8 +38,14 @@ bool ReadNumber(const Answer& answer, const char* format, Number& number) {
 VELLocaleInstance VELLocaleInstance::m_LocaleInstance;
 PosixMutex VELLocaleInstance::s_lock;
 
-// Runs when the process ends. Another thread may still be inside the service: then its connection is left alone.
-VELLocaleInstance::~VELLocaleInstance() {
+VELLocaleInstance::~VELLocaleInstance() { CloseAll(); }
+
+void VELLocaleInstance::CloseAtExit() {
+  static const int registered = ::atexit([] { m_LocaleInstance.CloseAll(); });
+  static_cast<void>(registered);
+}
+
+void VELLocaleInstance::CloseAll() {
   if (!s_lock.TryLock()) {
     return;
   }
@@ -57,6 +63,7 @@ bool VELLocaleInstance::OpenTime() {
   const VelClientOperations* operations = GetVelClientOperations();
   if (m_TimeClient == nullptr && operations != nullptr) {
     m_TimeClient = operations->openTime();
+    CloseAtExit();
   }
   return m_TimeClient != nullptr;
 }
@@ -65,6 +72,7 @@ bool VELLocaleInstance::OpenTV() {
   const VelClientOperations* operations = GetVelClientOperations();
   if (m_TVClient == nullptr && operations != nullptr) {
     m_TVClient = operations->openTV();
+    CloseAtExit();
   }
   return m_TVClient != nullptr;
 }

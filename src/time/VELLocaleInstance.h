@@ -26,6 +26,8 @@ class VELLocaleInstance {
 
   constexpr VELLocaleInstance() = default;
 
+  void CloseAll();
+  static void CloseAtExit();
   bool OpenTime() PL_REQUIRES(s_lock);
   bool OpenTV() PL_REQUIRES(s_lock);
   void CloseTV() PL_REQUIRES(s_lock);

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
+#include "messaging/TimeArithmetic.h"
+#include "messaging/TimerList.h"
+#include "support/KernelFixture.h"
+
+namespace {
+
+using TimerListTest = KernelFixture;
+
+TEST_F(TimerListTest, KeepsTheOrderOfInsertionAmongEqualTimes) {
+  const auto before = [](const TimerRecord* a, const TimerRecord* b) { return a->fireTime < b->fireTime; };
+  const int cases[][2] = {{0, 0}, {1, 0}, {1, 1}, {40, 16}, {40, 17}, {100, 0}, {100, 5}, {100, 100}};
+  for (const auto& [removed, kept] : cases) {
+    PLArray<TimerRecord*> list;
+    TimerRecord records[100];
+    std::vector<TimerRecord*> model;
+    for (int i = 0; i < 100; ++i) {
+      records[i].fireTime = (i * 7) % 11;
+      EXPECT_TRUE(TimerList::Insert(list, &records[i]));
+      model.push_back(&records[i]);
+    }
+    std::stable_sort(model.begin(), model.end(), before);
+    ASSERT_TRUE(std::equal(model.begin(), model.end(), &list[0], &list[0] + list.GetSize()));
+    for (int i = 0; i < kept; ++i) {
+      list[static_cast<unsigned long>(i)]->fireTime = 3 + (i * 5) % 9;
+      model.push_back(list[static_cast<unsigned long>(i)]);
+    }
+    model.erase(model.begin(), model.begin() + removed);
+    std::stable_sort(model.begin(), model.end(), before);
+    TimerList::Rearm(list, static_cast<unsigned long>(removed), static_cast<unsigned long>(kept));
+    EXPECT_TRUE(std::equal(model.begin(), model.end(), &list[0], &list[0] + list.GetSize())) << removed << ' ' << kept;
+  }
+}
+
+TEST(TimeArithmetic, StaysAtTheEndsOfTheRange) {
+  EXPECT_TRUE(SaturatingAdd(INT64_MAX, 1) == INT64_MAX && SaturatingAdd(INT64_MIN, -1) == INT64_MIN);
+  EXPECT_TRUE(SaturatingSubtract(0, INT64_MIN) == INT64_MAX && SaturatingSubtract(INT64_MIN, 1) == INT64_MIN);
+}
+
+}  // namespace
