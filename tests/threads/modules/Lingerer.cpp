@@ -25,7 +25,7 @@ void Clean(IPLKernel::Thread*, void* module) { static_cast<Lingerer*>(module)->c
 
 void IPLModule_PLModule_PutKernel(IPLKernel* kernel) {
   s_pKernel = kernel;
-  pthread_key_create(&s_key, [](void* module) { static_cast<Lingerer*>(module)->cleaned = false; });
+  pthread_key_create(&s_key, [](void*) {});
 }
 
 IPLModule* IPLModule_Lingerer_ModuleLoad() {
