@@ -95,6 +95,7 @@ std::string ReadOptions(std::vector<char*>& arguments, HostOptions& options) {
 HostOptions ParseHostOptions(int argc, const char* const* argv) {
   // getopt_long wants an array that it may write to; the original one goes to the kernel and the modules.
   std::vector<char*> arguments;
+  arguments.reserve(static_cast<size_t>(argc) + 1);
   for (int i = 0; i < argc; ++i) {
     arguments.push_back(const_cast<char*>(argv[i]));
   }

@@ -33,7 +33,7 @@ StopWaiter::~StopWaiter() {
     // A thread that has taken no signal sits in sigwait, or will look at m_bEnding before it does anything else. One
     // that has taken a signal waits for the condition, and must not get another: it would end the process.
     if (m_signal == 0) {
-      pthread_kill(m_thread.native_handle(), SIGTERM);
+      pthread_kill(m_thread.native_handle(), SIGTERM);  // NOLINT(bugprone-bad-signal-to-kill-thread): sigwait takes it
     }
   }
   m_endingChanged.notify_one();
