@@ -77,9 +77,8 @@ void HostMeetingPoint::RequestStop() {
   m_pMutex->Unlock();
 }
 
-// iplhost acquires this module by its path and the modules by its name. To the kernel these are two modules, with a
-// load entry called for each; they share this library, hence one object. All entries run under the kernel's module
-// mutex.
+// Somebody may acquire this module by its path as well as by its name. To the kernel these are two modules, with a load
+// entry called for each; they share this library, hence one object. All entries run under the kernel's module mutex.
 IPLKernel* s_pKernel = nullptr;
 HostMeetingPoint* s_pMeetingPoint = nullptr;
 unsigned int s_loadCount = 0;

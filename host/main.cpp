@@ -76,8 +76,8 @@ int RunModules(IPLKernel* kernel, const std::vector<std::string>& names) {
   // go: their unload entries wait for their threads, so nobody reports to the host any more. Then the waiter's thread
   // ends, the last one that could call RequestStop. Only then the object that all of them report to is released.
   AcquiredModules own(kernel);
-  const std::string hostModule = (ExecutableDirectory() / "libIPLHost.so").string();
-  IPLModule* module = kernel->AcquireModule("IPLHost", hostModule.c_str());
+  // By its name, as modules do: a module map that names it then counts for both.
+  IPLModule* module = kernel->AcquireModule("IPLHost");
   if (!own.Keep(module, "IPLHost")) {
     return kNoModule;
   }
