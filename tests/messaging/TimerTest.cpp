@@ -232,7 +232,8 @@ TEST_F(TimerLoadTest, EachOf100000TimersFiresOnceOrIsCleared) {
 TEST(TimerShutDownTest, OperationsThatRaceItAreAnsweredOrRefused) {
   // The cleanup of a detached thread, which shut-down waits for.
   static const auto use = [](IPLKernel::Thread*, void* queue) { UseTimers(static_cast<Queue*>(queue), 1U << 30); };
-  static std::vector<Queue*> queues;  // timers use them until their kernel is gone
+  // Timers use the queues until their kernel is gone, and then nobody can destroy them; they stay reachable.
+  static auto& queues = *new std::vector<Queue*>;
   for (int round = 0; round < 20; ++round) {
     auto* kernel = static_cast<IPLKernel*>(IPLModule_IPLKernel_LoadModule());
     EXPECT_EQ(kernel->GetTimerMessageID(), 0U) << "before InitializeKernel";
