@@ -12,23 +12,27 @@ const char kHostHelp[] =
     "  --modulemap NAME:PATH  the library of the module NAME; without it, libNAME.so beside iplhost\n"
     "  --kernel PATH          the kernel library; without it, ../lib/libIPLKernel.so beside the directory of iplhost,\n"
     "                         else libIPLKernel.so as the loader finds it\n"
+    "  --fault-handler        write a crash report to standard error when a fatal signal arrives, also in start-up;\n"
+    "                         the first SIGTERM still stops the run, a second one is reported\n"
+    "  --wall-clock           set the kernel's GMT to the system's time, once, before any module is loaded\n"
     "  --help                 print this text and exit\n"
     "  --version              print the version and exit\n"
     "\n"
     "The arguments behind \"--\" are for the modules.\n"
     "\n"
-    "Exit status: the highest that a module reported, 0 if all went well; 2 for a mistake on the command line; 3 if "
-    "the\n"
-    "kernel library cannot be used; 4 if a module cannot be acquired; 128 + N if signal N ended the run.\n";
+    "Exit status: the highest that a module reported, 0 if all went well; 2 for a mistake on the command line; 3 if\n"
+    "the kernel library cannot be used; 4 if a module cannot be acquired; 128 + N if signal N ended the run. After a\n"
+    "crash report the process ends by SIGABRT.\n";
 
 namespace {
 
-enum OptionCode : int { kModule = 1000, kModuleMap, kKernel, kHelp, kVersion };
+enum OptionCode : int { kModule = 1000, kModuleMap, kKernel, kFaultHandler, kWallClock, kHelp, kVersion };
 
 const option kLongOptions[] = {
-    {"module", required_argument, nullptr, kModule}, {"modulemap", required_argument, nullptr, kModuleMap},
-    {"kernel", required_argument, nullptr, kKernel}, {"help", no_argument, nullptr, kHelp},
-    {"version", no_argument, nullptr, kVersion},     {nullptr, 0, nullptr, 0},
+    {"module", required_argument, nullptr, kModule},  {"modulemap", required_argument, nullptr, kModuleMap},
+    {"kernel", required_argument, nullptr, kKernel},  {"fault-handler", no_argument, nullptr, kFaultHandler},
+    {"wall-clock", no_argument, nullptr, kWallClock}, {"help", no_argument, nullptr, kHelp},
+    {"version", no_argument, nullptr, kVersion},      {nullptr, 0, nullptr, 0},
 };
 
 std::string Quoted(const std::string& text) { return "'" + text + "'"; }
@@ -54,6 +58,12 @@ std::string TakeOption(int code, const std::string& word, const std::string& val
     case kKernel:
       options.kernelPath = value;
       return value.empty() ? "option '--kernel' needs a path that is not empty" : "";
+    case kFaultHandler:
+      options.faultHandler = true;
+      return "";
+    case kWallClock:
+      options.wallClock = true;
+      return "";
     case kHelp:
       options.action = HostOptions::Action::ShowHelp;
       return "";

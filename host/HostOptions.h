@@ -10,8 +10,10 @@ struct HostOptions {
   enum class Action { Run, ShowHelp, ShowVersion, Refuse };
 
   Action action = Action::Run;
-  std::string mistake;               ///< what is wrong with the command line, in one line; for Refuse
-  std::string kernelPath;            ///< empty: not given
+  std::string mistake;     ///< what is wrong with the command line, in one line; for Refuse
+  std::string kernelPath;  ///< empty: not given
+  bool faultHandler = false;
+  bool wallClock = false;
   std::vector<std::string> modules;  ///< in the order of the command line
 };
 

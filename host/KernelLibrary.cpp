@@ -14,29 +14,41 @@ std::string LoaderError() {
 }  // namespace
 
 template <typename Entry>
-bool KernelLibrary::Find(const char* symbol, Entry& entry) {
+std::string KernelLibrary::Find(const char* symbol, Entry& entry) {
   entry = reinterpret_cast<Entry>(dlsym(m_hLibrary, symbol));
-  return entry != nullptr;
+  if (entry == nullptr) {
+    return "kernel library '" + m_path + "' lacks the entry symbol " + symbol + ": " + LoaderError();
+  }
+  return "";
 }
 
 std::string KernelLibrary::Open(const std::string& path) {
+  m_path = path;
   // RTLD_GLOBAL: modules that were not linked with the library find its symbols as well.
   m_hLibrary = dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL);
   if (m_hLibrary == nullptr) {
     return "kernel library '" + path + "' cannot be loaded: " + LoaderError();
   }
-  const char* missing = nullptr;
-  if (!Find("IPLModule_IPLKernel_LoadModule", m_pfnLoad)) {
-    missing = "IPLModule_IPLKernel_LoadModule";
-  } else if (!Find("IPLModule_IPLKernel_InitializeKernel", m_pfnInitialize)) {
-    missing = "IPLModule_IPLKernel_InitializeKernel";
-  } else if (!Find("IPLModule_IPLKernel_UnloadModule", m_pfnUnload)) {
-    missing = "IPLModule_IPLKernel_UnloadModule";
+  std::string mistake = Find("IPLModule_IPLKernel_LoadModule", m_pfnLoad);
+  if (mistake.empty()) {
+    mistake = Find("IPLModule_IPLKernel_InitializeKernel", m_pfnInitialize);
   }
-  if (missing != nullptr) {
-    return "kernel library '" + path + "' lacks the entry symbol " + missing + ": " + LoaderError();
+  if (mistake.empty()) {
+    mistake = Find("IPLModule_IPLKernel_UnloadModule", m_pfnUnload);
   }
-  return "";
+  return mistake;
+}
+
+std::string KernelLibrary::InstallFaultHandler() {
+  // KernelFaultHandler::GetFaultHandler(), a static operation without arguments. Its exported name follows the C++ ABI,
+  // the same one on every target, as do the slots through which the handler is called.
+  KernelFaultHandler* (*getFaultHandler)() = nullptr;
+  std::string mistake = Find("_ZN18KernelFaultHandler15GetFaultHandlerEv", getFaultHandler);
+  if (mistake.empty()) {
+    m_pFaultHandler = getFaultHandler();
+    m_pFaultHandler->Initialise();
+  }
+  return mistake;
 }
 
 IPLKernel* KernelLibrary::Start(int argc, const char** argv) {
@@ -48,6 +60,9 @@ IPLKernel* KernelLibrary::Start(int argc, const char** argv) {
 KernelLibrary::~KernelLibrary() {
   if (m_pKernel != nullptr) {
     m_pfnUnload(m_pKernel);
+  }
+  if (m_pFaultHandler != nullptr) {
+    m_pFaultHandler->Uninitialise();
   }
   if (m_hLibrary != nullptr) {
     dlclose(m_hLibrary);

@@ -58,7 +58,7 @@ void StopWaiter::Wait() {
   }
   m_onStop();
   // The mask is a thread's own: the next signal finds this thread, as the only one that does not block it, and takes
-  // its default action. So the thread has to stay until the host is through.
+  // its default action or runs a handler. So the thread has to stay until the host is through.
   pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
   std::unique_lock<std::mutex> lock(m_mutex);
   m_endingChanged.wait(lock, [this] { return m_bEnding; });

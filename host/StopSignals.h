@@ -13,8 +13,9 @@
 /// no thread but StopWaiter's. Also undoes that they are ignored, as they are for a shell's background jobs.
 void BlockStopSignals();
 
-/// Waits for the first SIGINT or SIGTERM on a thread of its own. From then on a second one ends the process, so a host
-/// that hangs can be stopped. The destructor ends the thread.
+/// Waits for the first SIGINT or SIGTERM on a thread of its own, where it arrives though a handler is installed for it.
+/// From then on a second one does what it does without this class: it ends the process, or runs the handler, on that
+/// thread. So a host that hangs can be stopped. The destructor ends the thread.
 class StopWaiter {
  public:
   /// onStop is called once, on the waiting thread, if a signal arrives before the destructor runs.

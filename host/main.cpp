@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // iplhost: loads the kernel library and the modules that its command line names, and lets them run.
+#include <time.h>
+
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -70,6 +72,14 @@ std::string KernelPath(const HostOptions& options) {
   return std::filesystem::exists(installed, ignored) ? installed.string() : "libIPLKernel.so";
 }
 
+/// The time is the system's at this moment: later changes of its clock do not reach the kernel's GMT.
+void SetWallClock(IPLKernel* kernel) {
+  timespec now = {};
+  if (clock_gettime(CLOCK_REALTIME, &now) == 0) {
+    kernel->SetTimeGMT(static_cast<int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec);
+  }
+}
+
 /// Acquires the modules, waits for them, and releases them.
 int RunModules(IPLKernel* kernel, const std::vector<std::string>& names) {
   // Objects end in the reverse order of their declaration, and that order is what makes the end safe. First the modules
@@ -98,11 +108,17 @@ int RunModules(IPLKernel* kernel, const std::vector<std::string>& names) {
 int Run(const HostOptions& options, int argc, char** argv) {
   BlockStopSignals();  // before any thread starts
   KernelLibrary library;
-  const std::string mistake = library.Open(KernelPath(options));
+  std::string mistake = library.Open(KernelPath(options));
+  if (mistake.empty() && options.faultHandler) {
+    mistake = library.InstallFaultHandler();
+  }
   if (!mistake.empty()) {
     return Fail(kNoKernel, mistake);
   }
   IPLKernel* kernel = library.Start(argc, const_cast<const char**>(argv));
+  if (options.wallClock) {
+    SetWallClock(kernel);
+  }
   return RunModules(kernel, options.modules);
 }
 

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "TextReader/CharsetDecoder.h"
 #include "TextReader/Utf8.h"
 
 namespace pipeline {
@@ -25,6 +26,9 @@ bool TextFile::Open(const char* name) {
     m_error = EISDIR;
     return false;
   }
+  if (m_pDecoder != nullptr) {
+    m_pDecoder->BeginFile(name);
+  }
   return true;
 }
 
@@ -33,6 +37,10 @@ void TextFile::Close() {
     close(m_file);
     m_file = -1;
   }
+  if (m_pDecoder != nullptr) {
+    m_pDecoder->EndFile();
+  }
+  m_byteCount = 0;
   m_bAtStart = true;
   m_bAtEnd = false;
   m_filled = 0;
@@ -44,9 +52,15 @@ TextFile::Result TextFile::Read(PLString& text) {
     if (result != Result::Text) {
       return result;
     }
-    const size_t byteCount = MakeWellFormed(m_buffer, m_filled, m_bAtEnd);
-    if (byteCount > 0) {
-      return TakeText(byteCount, text);
+    size_t done = 0;
+    const bool taken = TakeText(text, done);
+    m_filled -= done;
+    memmove(m_buffer, m_buffer + done, m_filled);
+    if (!taken) {
+      return Result::NoMemory;
+    }
+    if (done > 0) {
+      return Result::Text;
     }
   }
   return Result::End;
@@ -70,6 +84,7 @@ TextFile::Result TextFile::Fill() {
     if (count >= 0) {
       m_bAtEnd = count == 0;
       m_filled += static_cast<size_t>(count);
+      m_byteCount += static_cast<uint64_t>(count);
       return Result::Text;
     }
     if (errno != EINTR && errno != EAGAIN) {
@@ -79,19 +94,28 @@ TextFile::Result TextFile::Fill() {
   }
 }
 
-TextFile::Result TextFile::TakeText(size_t byteCount, PLString& text) {
+/// done: how many bytes of the buffer are in the text now. Returns false if memory is exhausted.
+bool TextFile::TakeText(PLString& text, size_t& done) {
+  if (m_pDecoder == nullptr) {
+    return TakeUtf8(text, done);
+  }
+  return m_pDecoder->Decode(m_buffer, m_filled, m_bAtEnd, m_filled == sizeof(m_buffer), text, done);
+}
+
+bool TextFile::TakeUtf8(PLString& text, size_t& done) {
+  done = MakeWellFormed(m_buffer, m_filled, m_bAtEnd);
+  if (done == 0) {
+    return true;
+  }
   static const char kByteOrderMark[] = {'\xEF', '\xBB', '\xBF'};
-  const bool hasMark = m_bAtStart && byteCount >= sizeof(kByteOrderMark) &&
-                       memcmp(m_buffer, kByteOrderMark, sizeof(kByteOrderMark)) == 0;
+  const bool hasMark =
+      m_bAtStart && done >= sizeof(kByteOrderMark) && memcmp(m_buffer, kByteOrderMark, sizeof(kByteOrderMark)) == 0;
   const size_t skipped = hasMark ? sizeof(kByteOrderMark) : 0;
   m_bAtStart = false;
 
   const unsigned long length = text.GetLength();
-  text.AppendUTF8(m_buffer + skipped, byteCount - skipped);
-  const bool appended = byteCount == skipped || text.GetLength() > length;
-  m_filled -= byteCount;
-  memmove(m_buffer, m_buffer + byteCount, m_filled);
-  return appended ? Result::Text : Result::NoMemory;
+  text.AppendUTF8(m_buffer + skipped, static_cast<unsigned long>(done - skipped));
+  return done == skipped || text.GetLength() > length;
 }
 
 }  // namespace pipeline

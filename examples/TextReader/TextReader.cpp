@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The module "TextReader": reads the files that the command line names behind "--" and passes their text on.
+#include <inttypes.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/eventfd.h>
@@ -8,7 +9,10 @@
 #include <ipl/IPLHost.h>
 #include <ipl/IPLKernel.h>
 
+#include "TextReader/CharsetDecoder.h"
+#include "TextReader/ReadMeter.h"
 #include "TextReader/TextFile.h"
+#include "pipeline/Options.h"
 #include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 
@@ -17,38 +21,48 @@ IPL_DECLARE_MODULE(TextReader);
 namespace pipeline {
 namespace {
 
-class TextReader final : public IPLModule {
+class TextReader final : public ITextReader {
  public:
   explicit TextReader(IPLKernel* kernel)
       : m_pKernel(kernel),
         m_host(kernel, "IPLHost"),
         m_wordCount(kernel, "WordCount"),
+        m_options(ReadOptions(kernel)),
+        m_meter(kernel, m_options.fileCount),
         m_stopDescriptor(eventfd(0, EFD_CLOEXEC)),
-        m_file(m_stopDescriptor),
+        m_decoder(kernel, m_options.charSet),
+        m_file(m_stopDescriptor, m_options.charSet == nullptr ? nullptr : &m_decoder),
         m_pThread(kernel->CreateThread()) {}
   ~TextReader() override;
 
   bool Start();
 
+  void GetProgress(ReadProgress& progress) override { progress = m_meter.Get(); }
+
  private:
-  enum class Progress { Go, Stop };
+  enum class Then { Go, Stop };
 
   void Run();
-  Progress ReadFile(const char* name);
-  Progress PassOn(TextFile::Result& result);
+  bool CheckOptions();
+  Then ReadFiles();
+  Then ReadFile(const char* name);
+  Then PassOn(TextFile::Result& result);
   void Report(const char* name, const char* problem, Status status);
 
   IPLKernel* const m_pKernel;
   const ModuleReference<IPLHost> m_host;
   const ModuleReference<IWordCount> m_wordCount;
+  const Options m_options;
+  ReadMeter m_meter;
   const int m_stopDescriptor;  // owned; readable once the thread shall stop
-  TextFile m_file;             // this and the next: used by the thread alone
+  CharsetDecoder m_decoder;    // this and the next two: used by the thread alone
+  TextFile m_file;
   Status m_status = kDone;
   IPLKernel::Thread* const m_pThread;  // owned
 };
 
 bool TextReader::Start() {
-  if (!m_host || !m_wordCount || m_stopDescriptor < 0 || m_pThread == nullptr) {
+  if (!m_host || !m_wordCount || !m_meter.IsUsable() || m_stopDescriptor < 0 || m_pThread == nullptr) {
     return false;
   }
   // Begun here, where the host certainly does not wait yet; ended by the thread.
@@ -76,19 +90,12 @@ TextReader::~TextReader() {
 }
 
 void TextReader::Run() {
-  const int argc = m_pKernel->GetArgc();
-  const char** argv = m_pKernel->GetArgv();
-  int index = 1;
-  while (index < argc && (argv[index] == nullptr || m_pKernel->strcmp(argv[index], "--") != 0)) {
-    ++index;
+  if (CheckOptions() && ReadFiles() == Then::Stop) {
+    return;  // the host waits for nothing any more
   }
-  if (++index >= argc) {
-    Report(nullptr, "no file is named behind '--'", kNothingNamed);
-  }
-  for (; index < argc; ++index) {
-    if (argv[index] != nullptr && ReadFile(argv[index]) == Progress::Stop) {
-      return;  // the host waits for nothing any more
-    }
+  if (m_decoder.GetSkipped() > 0) {
+    fprintf(stderr, "TextReader: bytes skipped in all: %" PRIu64 "\n", m_decoder.GetSkipped());
+    m_status = m_status > kFailed ? m_status : kFailed;
   }
   EndOfWork end = {false};
   m_wordCount->GetQueue()->Send(kMessageEndOfWork, &end);
@@ -98,15 +105,38 @@ void TextReader::Run() {
   m_host->EndWork(m_status);
 }
 
-TextReader::Progress TextReader::ReadFile(const char* name) {
+bool TextReader::CheckOptions() {
+  if (m_options.mistaken != nullptr) {
+    Report(m_options.mistaken, m_options.mistake, kUsage);
+  } else if (m_options.charSet != nullptr && !m_decoder.IsKnown()) {
+    Report(m_options.charSet, "unknown character set", kUsage);
+  } else if (m_options.fileCount == 0) {
+    Report(nullptr, "no file is named behind '--'", kUsage);
+  }
+  return m_status == kDone;
+}
+
+TextReader::Then TextReader::ReadFiles() {
+  Arguments arguments(m_pKernel);
+  Options ignored;
+  while (NextFile(arguments, ignored)) {
+    if (ReadFile(arguments.GetWord()) == Then::Stop) {
+      return Then::Stop;
+    }
+    m_meter.Add(0, 1);
+  }
+  return Then::Go;
+}
+
+TextReader::Then TextReader::ReadFile(const char* name) {
   if (!m_file.Open(name)) {
     Report(name, strerror(m_file.GetError()), kFailed);
-    return Progress::Go;
+    return Then::Go;
   }
   TextFile::Result result = TextFile::Result::Text;
   while (result == TextFile::Result::Text) {
-    if (PassOn(result) == Progress::Stop) {
-      return Progress::Stop;
+    if (PassOn(result) == Then::Stop) {
+      return Then::Stop;
     }
   }
   if (result == TextFile::Result::Failed) {
@@ -121,15 +151,17 @@ TextReader::Progress TextReader::ReadFile(const char* name) {
   if (!end.handled) {
     Report(name, "memory is exhausted, its counts are not shown", kNoMemory);
   }
-  return Progress::Go;
+  return Then::Go;
 }
 
 /// Passes the next piece of the file on. result: how it went.
-TextReader::Progress TextReader::PassOn(TextFile::Result& result) {
+TextReader::Then TextReader::PassOn(TextFile::Result& result) {
   TrackedPtr<TextChunk> chunk = MakeTracked<TextChunk>();
+  const uint64_t byteCount = m_file.GetByteCount();
   result = chunk ? m_file.Read(chunk->text) : TextFile::Result::NoMemory;
+  m_meter.Add(m_file.GetByteCount() - byteCount, 0);
   if (result == TextFile::Result::Stopped) {
-    return Progress::Stop;
+    return Then::Stop;
   }
   if (result == TextFile::Result::Text) {
     if (m_wordCount->PostText(chunk.get())) {
@@ -138,10 +170,10 @@ TextReader::Progress TextReader::PassOn(TextFile::Result& result) {
       result = TextFile::Result::NoMemory;
     }
   }
-  return Progress::Go;
+  return Then::Go;
 }
 
-/// Tells of a problem with a file, or with all if name is null, and keeps the highest status.
+/// Tells of a problem with a file or an option, or with all if name is null, and keeps the highest status.
 void TextReader::Report(const char* name, const char* problem, Status status) {
   fprintf(stderr, "TextReader: %s%s%s\n", name == nullptr ? "" : name, name == nullptr ? "" : ": ", problem);
   if (status > m_status) {

@@ -9,6 +9,8 @@
 #include <ipl/IPLKernel.h>
 #include <ipl/PLString.h>
 
+#include "pipeline/LocalTime.h"
+#include "pipeline/Options.h"
 #include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 #include "pipeline/Worker.h"
@@ -20,7 +22,8 @@ namespace {
 
 class TextReport final : public ITextReport, private MessageHandler {
  public:
-  explicit TextReport(IPLKernel* kernel) : m_host(kernel, "IPLHost"), m_worker(kernel, this) {}
+  explicit TextReport(IPLKernel* kernel)
+      : m_pKernel(kernel), m_host(kernel, "IPLHost"), m_bStamp(ReadOptions(kernel).stamp), m_worker(kernel, this) {}
   ~TextReport() override { m_worker.Stop(); }
 
   bool Start() { return m_host && m_worker.Start("TextReport"); }
@@ -34,7 +37,9 @@ class TextReport final : public ITextReport, private MessageHandler {
   void PrintCounts(const TextCounts& counts, const char* name);
   Status PrintSummary(const Summary& summary);
 
+  IPLKernel* const m_pKernel;
   const ModuleReference<IPLHost> m_host;
+  const bool m_bStamp;
   bool m_bHeadPrinted = false;  // used by the worker's thread alone
   Worker m_worker;
 };
@@ -56,6 +61,9 @@ void TextReport::Handle(unsigned long id, void* data) {
 
 void TextReport::PrintCounts(const TextCounts& counts, const char* name) {
   if (!m_bHeadPrinted) {
+    if (m_bStamp) {
+      printf("Local time: %s\n\n", LocalTime(m_pKernel, m_pKernel->GetTimeLocal()).GetText());
+    }
     printf("%10s %10s %12s  %s\n", "lines", "words", "characters", "file");
     m_bHeadPrinted = true;
   }

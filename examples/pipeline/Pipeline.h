@@ -8,12 +8,12 @@
 #include <ipl/IPLModule.h>
 #include <ipl/PLString.h>
 
-/// What the three modules of the text pipeline agree on: TextReader -> WordCount -> TextReport. A module holds an
+/// What the modules of the text pipeline agree on: Progress -> TextReader -> WordCount -> TextReport. A module holds an
 /// acquisition of the next one as long as it lives, so whoever receives outlives whoever sends to it.
 namespace pipeline {
 
 /// What a module reports when its work ends; the host exits with the highest.
-enum Status : int { kDone = 0, kFailed = 1, kNothingNamed = 2, kNoMemory = 5 };
+enum Status : int { kDone = 0, kFailed = 1, kUsage = 2, kNoMemory = 5 };
 
 struct TextCounts {
   uint64_t lines;  // ends of lines
@@ -65,6 +65,21 @@ struct Summary {
   unsigned int wordCount;  // entries of words in use
   WordFrequency words[kMaxWords];
   bool handled;
+};
+
+/// How far TextReader is.
+struct ReadProgress {
+  unsigned long filesDone;
+  unsigned long fileCount;
+  uint64_t bytes;           // read so far, of all files
+  IPLKernel::Time elapsed;  // since the start, until now or until the end of the last file
+};
+
+/// The module object of TextReader.
+class ITextReader : public IPLModule {
+ public:
+  /// Any thread may call it.
+  virtual void GetProgress(ReadProgress& progress) = 0;
 };
 
 /// The module object of WordCount.

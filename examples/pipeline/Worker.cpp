@@ -44,11 +44,17 @@ void Worker::PutStopMessage() {
   }
 }
 
-void Worker::Stop() {
+void Worker::Halt() {
   if (m_bRunning) {
     PutStopMessage();
     m_pThread->WaitUntilFinished(IPLKernel::Time::Forever());
     m_bRunning = false;
+  }
+}
+
+void Worker::Stop() {
+  Halt();
+  if (m_pQueue != nullptr) {
     while (IPLKernel::Message* message = m_pQueue->Receive(0)) {
       m_pHandler->Discard(message->GetID(), message->GetData());
       m_pQueue->ReleaseMessage(message);

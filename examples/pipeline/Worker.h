@@ -28,8 +28,11 @@ class Worker {
 
   /// Returns false if memory is exhausted or the thread cannot be started.
   bool Start(const char* name);
-  /// Ends the thread when it is through with the message that it is at, discards what waits in the queue, and gives
-  /// everything back. Nobody may send or post any more. To be called before the handler is destroyed.
+  /// Ends the thread when it is through with the message that it is at. The queue stays: whoever has timers for it
+  /// clears them now, before Stop.
+  void Halt();
+  /// Halts, discards what waits in the queue, and gives everything back. Nobody may send or post any more. To be called
+  /// before the handler is destroyed.
   void Stop();
 
   /// Posts a message. Returns false if memory is exhausted: then the caller still owns data.

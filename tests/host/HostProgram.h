@@ -27,6 +27,11 @@ class HostProgram : public testing::Test {
     return Path(name);
   }
 
+  std::string Content(const std::string& name) const {
+    std::ifstream file(Path(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
   void Start(const Arguments& arguments) {
     // SIGINT is ignored, as for a shell's background jobs; the shell's process becomes the child.
     std::string command = "trap '' INT; echo $$; exec " TEST_EMULATOR " '" TEST_iplhost "'";
@@ -51,8 +56,7 @@ class HostProgram : public testing::Test {
   int Finish() {
     ReadUntil("");
     const int status = pclose(m_pOut);
-    std::ifstream err(Path("err"));
-    m_err.assign(std::istreambuf_iterator<char>(err), {});
+    m_err = Content("err");
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
   }
   int Run(const Arguments& arguments) {
