@@ -295,7 +295,7 @@ class IPLKernel : public IPLModule {
   /// Sets GMT so that local time reads local. As SetTimeGMT and GetTimeLocal.
   virtual void SetTimeLocal(const Time& local) = 0;  // slot 24
   /// Returns local time: GMT plus the offset that the platform's TV service gave first; GMT without the service.
-  /// [any thread] [blocks] Takes the state mutex, and the lock of the locale service while the service is asked.
+  /// [any thread] [blocks] Takes the lock of the locale service while the service is asked, and no other meanwhile.
   virtual Time GetTimeLocal() = 0;  // slot 25
   /// Returns the local time of a GMT instant. As GetTimeLocal.
   virtual Time ConvertGMTToLocal(const Time& gmt) = 0;  // slot 26

@@ -11,8 +11,7 @@
 /// Each function connects on first use and keeps the connection; a connection that cannot be made is tried again by the
 /// next call. Without the library or its service they return 0. They need no kernel object.
 /// [any thread] [blocks] All three take the lock of the locale service, and hold it while the service works: a service
-/// that hangs holds up every caller of these functions, of the kernel's local time and, while one of those waits, of
-/// its GMT.
+/// that hangs holds up every caller of these functions and of the kernel's local time, and nobody else.
 
 /// Returns the service's epoch time minus the process's own clock, in seconds. Once it was not 0 it never changes.
 IPL_API int32_t getEpochTime();

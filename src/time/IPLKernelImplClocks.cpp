@@ -7,8 +7,6 @@
 #include "kernel/IPLKernelImpl.h"
 #include "threads/KernelLockGuard.h"
 #include "time/Calendar.h"
-#include "time/VELLocaleInstance.h"
-#include "time/VelClientLibrary.h"
 
 namespace {
 
@@ -86,9 +84,8 @@ void IPLKernelImpl::SetTimeLocal(const Time& local) {
 IPLKernel::Time IPLKernelImpl::GetTimeLocal() { return ConvertGMTToLocal(GetTimeGMT()); }
 
 IPLKernel::Time IPLKernelImpl::ConvertGMTToLocal(const Time& gmt) {
-  LoadVelClientOperations();  // before the state mutex: it takes the dynamic loader's lock
-  KernelLockGuard guard(m_pStateMutex);
-  const int64_t minutes = VELLocaleInstance::m_LocaleInstance.GetTimeZoneOffset();
+  // Without the state mutex: a service that hangs would hold up the timers and all that needs an identifier.
+  const int64_t minutes = getTimeZone_Offset();
   return Add(gmt.GetNanoseconds(), minutes * kNanosecondsPerMinute);
 }
 

@@ -32,7 +32,7 @@ class VELLocaleInstance {
   bool OpenTV() PL_REQUIRES(s_lock);
   void CloseTV() PL_REQUIRES(s_lock);
 
-  /// Comes after the kernel's state mutex; has no destructor, since threads may still run when the process ends.
+  /// Has no destructor, since threads may still run when the process ends.
   static PosixMutex s_lock;
 
   vel::CVelLocaleTimeClient* m_TimeClient PL_GUARDED_BY(s_lock) = nullptr;  // owned; null while not connected
