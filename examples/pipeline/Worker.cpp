@@ -59,10 +59,10 @@ void Worker::Stop() {
       m_pHandler->Discard(message->GetID(), message->GetData());
       m_pQueue->ReleaseMessage(message);
     }
-  }
-  if (m_pStopMessage != nullptr) {
-    m_pQueue->ReleaseMessage(m_pStopMessage);
-    m_pStopMessage = nullptr;
+    if (m_pStopMessage != nullptr) {
+      m_pQueue->ReleaseMessage(m_pStopMessage);
+      m_pStopMessage = nullptr;
+    }
   }
   m_pKernel->DestroyThread(m_pThread);
   m_pThread = nullptr;

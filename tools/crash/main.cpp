@@ -38,9 +38,7 @@ int Run(const std::vector<std::string>& sources, bool json) {
   return failed ? kFailureStatus : 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);  // errors of standard input can be told from its end
   CLI::App app("Finds the kernel's crash reports in logs and prints what they say.", "ipl-crash");
   std::vector<std::string> sources = {"-"};
@@ -50,5 +48,11 @@ int main(int argc, char** argv) {
   app.footer(
       "Exit status: 0 if there is a report, 1 if there is none, 2 for a mistake on the command line, for a file\n"
       "that cannot be read (the others are read all the same), or if the result cannot be written.");
-  return RunTool(app, argc, argv, kFailureStatus, [&] { return Run(sources, json); });
+  return ParseAndRun(app, argc, argv, [&] { return Run(sources, json); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return RunTool("ipl-crash", kFailureStatus, [&] { return Main(argc, argv); });
 }

@@ -40,9 +40,7 @@ std::string CheckNumber(const std::string& text) {
   return text == std::to_string(number) ? "" : "'" + text + "' is no number from -2147483648 to 2147483647";
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Main(int argc, char** argv) {
   CLI::App app("Shows or sets which log messages are enabled, for all processes of this machine.", "ipl-loglevel");
   LogLevelSegment words = {};
   app.require_subcommand(1);
@@ -54,5 +52,11 @@ int main(int argc, char** argv) {
   set->callback([&words] { WriteLogLevel(words); });
   app.add_subcommand("all", "Enable every category and level")->callback([] { WriteLogLevel(kAll); });
   app.add_subcommand("off", "Enable level 0 alone, which is always enabled")->callback([] { WriteLogLevel(kOff); });
-  return RunTool(app, argc, argv, 1, [] { return 0; });
+  return ParseAndRun(app, argc, argv, [] { return 0; });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return RunTool("ipl-loglevel", 1, [&] { return Main(argc, argv); });
 }
