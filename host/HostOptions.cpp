@@ -20,9 +20,9 @@ const char kHostHelp[] =
     "\n"
     "The arguments behind \"--\" are for the modules.\n"
     "\n"
-    "Exit status: the highest that a module reported, 0 if all went well; 2 for a mistake on the command line; 3 if\n"
-    "the kernel library cannot be used; 4 if a module cannot be acquired; 128 + N if signal N ended the run. After a\n"
-    "crash report the process ends by SIGABRT.\n";
+    "Exit status: the highest that a module reported, 0 if all went well; 1 if the system refused memory, a thread or\n"
+    "the output; 2 for a mistake on the command line; 3 if the kernel library cannot be used; 4 if a module cannot be\n"
+    "acquired; 128 + N if signal N ended the run. After a crash report the process ends by SIGABRT.\n";
 
 namespace {
 
@@ -73,7 +73,8 @@ std::string TakeOption(int code, const std::string& word, const std::string& val
     case ':':
       return "option " + Quoted(word) + " needs a value";
     default:
-      return "unknown option " + Quoted(word);
+      return optopt >= kModule ? "option " + Quoted(word.substr(0, word.find('='))) + " takes no value"
+                               : "unknown option " + Quoted(word);
   }
 }
 

@@ -24,7 +24,7 @@ void BlockStopSignals() {
   std::signal(SIGTERM, SIG_DFL);
 }
 
-StopWaiter::StopWaiter(std::function<void()> onStop) : m_onStop(std::move(onStop)), m_thread([this] { Wait(); }) {}
+StopWaiter::StopWaiter() : m_thread([this] { Wait(); }) {}
 
 StopWaiter::~StopWaiter() {
   {
@@ -38,6 +38,14 @@ StopWaiter::~StopWaiter() {
   }
   m_endingChanged.notify_one();
   m_thread.join();
+}
+
+void StopWaiter::SetTarget(std::function<void()> onStop) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  m_onStop = std::move(onStop);
+  if (m_signal != 0 && m_onStop) {
+    m_onStop();
+  }
 }
 
 int StopWaiter::GetSignal() {
@@ -55,8 +63,10 @@ void StopWaiter::Wait() {
       return;
     }
     m_signal = signal;
+    if (m_onStop) {
+      m_onStop();
+    }
   }
-  m_onStop();
   // The mask is a thread's own: the next signal finds this thread, as the only one that does not block it, and takes
   // its default action or runs a handler. So the thread has to stay until the host is through.
   pthread_sigmask(SIG_UNBLOCK, &set, nullptr);

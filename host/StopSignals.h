@@ -18,11 +18,14 @@ void BlockStopSignals();
 /// thread. So a host that hangs can be stopped. The destructor ends the thread.
 class StopWaiter {
  public:
-  /// onStop is called once, on the waiting thread, if a signal arrives before the destructor runs.
-  explicit StopWaiter(std::function<void()> onStop);
+  StopWaiter();
   ~StopWaiter();
   StopWaiter(const StopWaiter&) = delete;
   StopWaiter& operator=(const StopWaiter&) = delete;
+
+  /// onStop is called once, on the waiting thread, if a signal arrives; or here, if one has arrived. A null function
+  /// takes the last one back: when this returns it is not called any more.
+  void SetTarget(std::function<void()> onStop);
 
   /// Returns the signal that arrived, 0 if none did. It is known before onStop is called.
   int GetSignal();
@@ -30,8 +33,8 @@ class StopWaiter {
  private:
   void Wait();
 
-  const std::function<void()> m_onStop;
-  std::mutex m_mutex;  // guards the two below
+  std::mutex m_mutex;  // guards the three below; held while m_onStop runs
+  std::function<void()> m_onStop;
   int m_signal = 0;
   bool m_bEnding = false;
   std::condition_variable m_endingChanged;

@@ -80,11 +80,25 @@ void SetWallClock(IPLKernel* kernel) {
   }
 }
 
+/// Passes a stop signal on to the host's module as long as this object lives.
+class StopTarget {
+ public:
+  StopTarget(StopWaiter& waiter, IPLHost* host) : m_waiter(waiter) {
+    m_waiter.SetTarget([host] { host->RequestStop(); });
+  }
+  ~StopTarget() { m_waiter.SetTarget(nullptr); }
+  StopTarget(const StopTarget&) = delete;
+  StopTarget& operator=(const StopTarget&) = delete;
+
+ private:
+  StopWaiter& m_waiter;
+};
+
 /// Acquires the modules, waits for them, and releases them.
-int RunModules(IPLKernel* kernel, const std::vector<std::string>& names) {
+int RunModules(IPLKernel* kernel, const std::vector<std::string>& names, StopWaiter& waiter) {
   // Objects end in the reverse order of their declaration, and that order is what makes the end safe. First the modules
-  // go: their unload entries wait for their threads, so nobody reports to the host any more. Then the waiter's thread
-  // ends, the last one that could call RequestStop. Only then the object that all of them report to is released.
+  // go: their unload entries wait for their threads, so nobody reports to the host any more. Then the waiter's thread,
+  // the last one that could, no longer calls RequestStop. Only then the object that all of them report to is released.
   AcquiredModules own(kernel);
   // By its name, as modules do: a module map that names it then counts for both.
   IPLModule* module = kernel->AcquireModule("IPLHost");
@@ -92,7 +106,7 @@ int RunModules(IPLKernel* kernel, const std::vector<std::string>& names) {
     return kNoModule;
   }
   IPLHost* host = static_cast<IPLHost*>(module);
-  StopWaiter waiter([host] { host->RequestStop(); });
+  const StopTarget target(waiter, host);
 
   AcquiredModules modules(kernel);
   for (const std::string& name : names) {
@@ -107,6 +121,8 @@ int RunModules(IPLKernel* kernel, const std::vector<std::string>& names) {
 
 int Run(const HostOptions& options, int argc, char** argv) {
   BlockStopSignals();  // before any thread starts
+  // Until the kernel is unloaded, so that a second signal ends a host that hangs while it starts or stops.
+  StopWaiter waiter;
   KernelLibrary library;
   std::string mistake = library.Open(KernelPath(options));
   if (mistake.empty() && options.faultHandler) {
@@ -119,7 +135,7 @@ int Run(const HostOptions& options, int argc, char** argv) {
   if (options.wallClock) {
     SetWallClock(kernel);
   }
-  return RunModules(kernel, options.modules);
+  return RunModules(kernel, options.modules, waiter);
 }
 
 }  // namespace

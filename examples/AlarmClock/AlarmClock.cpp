@@ -123,17 +123,18 @@ pipeline::Status AlarmClock::Refuse(const char* word, const char* value, const c
 }
 
 void AlarmClock::Handle(unsigned long id, void* data) {
-  if (id == m_pKernel->GetTimerMessageID()) {
+  // First what is our own: without memory for timers the kernel gives 0 for their messages too.
+  if (id == kMessageSet) {
+    SetAlarms();
+  } else if (id == m_pKernel->GetTimerMessageID()) {
     IPLKernel::TimerMessageData* fired = static_cast<IPLKernel::TimerMessageData*>(data);
     Ring(*fired);
     fired->ReleaseTimerData();
-  } else if (id == kMessageSet) {
-    SetAlarms();
   }
 }
 
 void AlarmClock::Discard(unsigned long id, void* data) {
-  if (id == m_pKernel->GetTimerMessageID()) {
+  if (id != kMessageSet && id == m_pKernel->GetTimerMessageID()) {
     static_cast<IPLKernel::TimerMessageData*>(data)->ReleaseTimerData();
   }
 }

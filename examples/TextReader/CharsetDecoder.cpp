@@ -82,7 +82,8 @@ bool CharsetDecoder::Decode(char* bytes, size_t count, bool atEnd, bool isFull, 
       // The caller can come back with the rest and more bytes behind it.
       const bool mayWait = !atEnd && (!isFull || done > 0);
       const size_t length = PieceLength(bytes + done, count - done, mayWait);
-      if (!DecodePiece(bytes + done, length, mayWait && done + length == count, text, taken)) {
+      const bool isLast = done + length == count;
+      if (!DecodePiece(bytes + done, length, mayWait && isLast, atEnd && isLast, text, taken)) {
         return false;
       }
     }
@@ -127,10 +128,24 @@ size_t CharsetDecoder::PieceLength(const char* bytes, size_t count, bool mayWait
   return length;
 }
 
-/// An invalid sequence is taken out and all in front of it converted again with what follows it: so neither the state
-/// gets lost in which the rest stands, nor a last character that some sets hold back until they see the next one.
-/// done: 0 if the piece is the beginning of one character, and mayWait.
-bool CharsetDecoder::DecodePiece(char* bytes, size_t length, bool mayWait, PLString& text, size_t& done) {
+/// Returns where a piece may be cut before an invalid sequence: at a line's start, or anywhere if the set's characters
+/// are wide or the line is long. 0: nowhere.
+size_t CharsetDecoder::CutBefore(const char* bytes, size_t invalid) const {
+  if (m_unitSize > 1) {
+    return invalid;
+  }
+  const void* lineEnd = memrchr(bytes, '\n', invalid);
+  if (lineEnd != nullptr) {
+    return static_cast<size_t>(static_cast<const char*>(lineEnd) - bytes) + 1;
+  }
+  return invalid > kPieceSize / 8 ? invalid : 0;
+}
+
+/// An invalid sequence is taken out and its line so far converted again with what follows it: so neither the state gets
+/// lost in which the rest stands, nor a last character that some sets hold back until they see the next one. What
+/// follows stays where it is; the line so far moves.
+/// isLast: nothing follows the piece. done: 0 if the piece is the beginning of one character, and mayWait.
+bool CharsetDecoder::DecodePiece(char* bytes, size_t length, bool mayWait, bool isLast, PLString& text, size_t& done) {
   PLString part;
   size_t left = length;  // without what was taken out
   done = length;
@@ -143,15 +158,26 @@ bool CharsetDecoder::DecodePiece(char* bytes, size_t length, bool mayWait, PLStr
     if (consumed >= left || (status != kInvalid && status != kIncomplete)) {
       return false;
     }
-    if (status == kIncomplete && (consumed > 0 || mayWait)) {
-      done -= left - consumed;
-      left = consumed;
+    size_t cut = 0;
+    if (status == kInvalid) {
+      cut = CutBefore(bytes, consumed);
+    } else if (!isLast) {
+      cut = consumed;
+    }
+    if (cut > 0 || (status == kIncomplete && mayWait)) {
+      done -= left - cut;
+      left = cut;
+      if (cut == 0) {
+        break;
+      }
       continue;
     }
-    const size_t skipped = left - consumed < m_unitSize ? left - consumed : m_unitSize;
+    const size_t rest = left - consumed;
+    const size_t skipped = rest < m_unitSize || (status == kIncomplete && isLast) ? rest : m_unitSize;
     Skip(m_offset + (done - left) + consumed, skipped);
+    memmove(bytes + skipped, bytes, consumed);
+    bytes += skipped;
     left -= skipped;
-    memmove(bytes + consumed, bytes + consumed + skipped, left - consumed);
   }
   const unsigned short* units = part.GetBuffer();
   return Append(text, m_offset == 0 && units[0] == kByteOrderMark ? units + 1 : units);

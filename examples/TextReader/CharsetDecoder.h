@@ -15,9 +15,11 @@ namespace pipeline {
 ///
 /// The kernel's conversion keeps nothing from one call to the next. So a piece ends with a line's end, where the common
 /// stateful sets (ISO-2022-JP, HZ, UTF-7) are back in their first state, and a cut-off character at its end is left for
-/// the next one. A set whose state goes beyond lines (ISO-2022-KR), or a line that fills the caller's buffer, is
-/// decoded right only where the state does not matter. The byte order that a mark at the file's start gives holds for
-/// the file. Each zero character becomes U+001A, SUBSTITUTE, since a PLString ends at a zero.
+/// the next one. A set whose state goes beyond lines (ISO-2022-KR), a line that fills the caller's buffer or is long
+/// and has invalid bytes, and a line with a zero byte are decoded right only where the state does not matter. The byte
+/// order that a mark at the file's start gives holds for the file, if the set's name with LE or BE behind it is one,
+/// as that of UTF-16 is. Each zero byte becomes U+001A, SUBSTITUTE, since a PLString ends at a zero; a zero that a set
+/// writes in another way (UTF-7, JAVA) hides what follows it in its piece.
 class CharsetDecoder {
  public:
   /// charSet: stays valid as long as this object; null: the object is not used.
@@ -48,7 +50,8 @@ class CharsetDecoder {
   void ChooseByteOrder(const char* bytes);
   size_t CountZeros(const char* bytes, size_t count) const;
   size_t PieceLength(const char* bytes, size_t count, bool mayWait) const;
-  bool DecodePiece(char* bytes, size_t length, bool mayWait, PLString& text, size_t& done);
+  size_t CutBefore(const char* bytes, size_t invalid) const;
+  bool DecodePiece(char* bytes, size_t length, bool mayWait, bool isLast, PLString& text, size_t& done);
   void Skip(uint64_t offset, size_t count);
   void TellRun();
 

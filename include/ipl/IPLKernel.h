@@ -189,12 +189,13 @@ class IPLKernel : public IPLModule {
     virtual void RemoveAll() = 0;  // slot 16
   };
 
-  /// What the message of a timer points to.
+  /// What the message of a timer points to. It belongs to the receiver of the message. [owner]
   class TimerMessageData {
    public:
-    /// Gives the object back to the kernel; the receiver calls it when it is done with the message.
+    /// Gives the object back to the kernel. The receiver calls it once, when it is done with the message; then nothing
+    /// that the operations below returned may be used. May be called while the kernel shuts down and afterwards.
     virtual void ReleaseTimerData() = 0;  // slot 0
-    /// Returns the kernel's time when the timer fired.
+    /// Returns the kernel's time when the timer fired. The reference is the object's.
     virtual const Time& GetFireTimeKernel() = 0;  // slot 1
     /// Returns the same instant in GMT.
     virtual const Time& GetFireTimeGMT() = 0;  // slot 2
@@ -203,14 +204,16 @@ class IPLKernel : public IPLModule {
     virtual ~TimerMessageData() {}           // slots 4, 5
   };
 
-  /// The call stack of the thread that made it, at that time.
+  /// The call stack of the thread that made it, at that time; the innermost frame comes first.
   class Stacktrace {
    public:
-    /// Returns the number of frames.
+    /// Returns the number of frames. [any thread]
     virtual unsigned long GetDepth() const = 0;  // slot 0
-    /// Returns the address of a frame.
+    /// Returns the return address of a frame; 0 if index is not below GetDepth(). [any thread]
     virtual unsigned long GetAddress(unsigned long index) const = 0;  // slot 1
-    /// Returns the text of a frame, which the object owns.
+    /// Returns the text of a frame, "FILE(SYMBOL+0xOFFSET) [0xADDRESS]" or "[0xADDRESS]", cut after 127 characters; ""
+    /// if index is not below GetDepth() or memory is exhausted. The object owns the text and overwrites it with the
+    /// next call. [owner]
     virtual const char* GetFrameString(unsigned long index) const = 0;  // slot 2
     virtual ~Stacktrace() {}                                            // slots 3, 4
   };
@@ -288,7 +291,8 @@ class IPLKernel : public IPLModule {
   /// Returns the resolution of that clock; 0 if it fails. [any thread]
   virtual Time GetKernelTimeResolution() = 0;  // slot 21
   /// Sets GMT, for this process alone, and has the GMT timers looked at again. Does nothing if gmt is not later than
-  /// the kernel's time. [any thread but the timer thread] [blocks] Takes the state mutex; waits without it.
+  /// the kernel's time. Without memory for the request the GMT timers are looked at with the next one. As the
+  /// operations of timers. [any thread but the timer thread] [blocks] Takes the state mutex; waits without it.
   virtual void SetTimeGMT(const Time& gmt) = 0;  // slot 22
   /// Returns GMT: the kernel's time plus an offset. [any thread] Takes the state mutex.
   virtual Time GetTimeGMT() = 0;  // slot 23
@@ -312,6 +316,11 @@ class IPLKernel : public IPLModule {
   // operations are [any thread but the timer thread] [blocks] [running]; the first one starts the timer thread, under
   // the state mutex, and each waits without a lock until that thread has taken the request. They return 0 and do
   // nothing when the kernel is not running or is shutting down, and when memory is exhausted.
+  //
+  // The timer thread takes the lock of a queue to post to it. Whoever sets or clears a timer, or sets a clock, while it
+  // holds the lock of a queue that has timers may wait for that thread while that thread waits for it: for ever.
+  // A queue is one of CreateMessageQueue, and its timers are cleared before it is destroyed. A message that finds no
+  // memory is lost; a periodic timer goes on.
 
   /// Returns the ID of every timer's messages; the same until the kernel is unloaded.
   virtual unsigned long GetTimerMessageID() = 0;  // slot 29
@@ -319,11 +328,12 @@ class IPLKernel : public IPLModule {
   /// less fires once, soon. Returns the timer's identifier.
   virtual unsigned long SetTimer(const Time& delay, MessageQueue& queue, bool periodic) = 0;  // slot 30
   /// Fires at an instant of GMT, and if period is positive again each time period after it fired. An instant of the
-  /// first day of 1970, or before, that is past is a time of day: it fires when that time comes next. Another one that
-  /// is past fires at once; do not hold the lock of queue then. Returns the timer's identifier.
+  /// first day of 1970 that is past is a time of day: it fires when that time comes next. One before 1970 counts back
+  /// from today's midnight, or tomorrow's if that is past, and may be past even so: then it fires at once. Another one
+  /// that is past fires before this returns. Returns the timer's identifier.
   virtual unsigned long SetTimerGMT(const Time& instant, MessageQueue& queue, const Time& period) = 0;  // slot 31
   /// Ends a timer of this queue and takes its messages out of it: when this returns none is there and none comes. With
-  /// another queue than the timer's it only takes out messages. Without memory for the request the timer goes on.
+  /// another queue than the timer's it only takes out messages. Needs no memory.
   virtual void ClearTimer(unsigned long timerID, MessageQueue& queue) = 0;  // slot 32
 
   // Message queues ----------------------------------------------------------------------------------------------------
@@ -335,8 +345,8 @@ class IPLKernel : public IPLModule {
 
   // The process -------------------------------------------------------------------------------------------------------
 
-  /// Returns 1, then 2, and so on: no value twice in a process, until 32 bits are used up. [any thread] Takes the state
-  /// mutex.
+  /// Returns 1, then 2, and so on: no value twice while the kernel exists, until 32 bits are used up. [any thread]
+  /// Takes the state mutex.
   virtual unsigned long GetUniqueID() = 0;  // slot 35
   /// Returns the process identifier. [any thread]
   virtual unsigned long GetProcessID() = 0;  // slot 36
@@ -347,7 +357,8 @@ class IPLKernel : public IPLModule {
   /// Returns whether the kernel is being shut down. [any thread]
   virtual bool IsShutdownPending() = 0;  // slot 39
   /// Fills buffer with random bytes from /dev/urandom, or else with bytes made from the list of processes, for which it
-  /// runs a command. Returns false if both fail; buffer may be changed then. [any thread] [blocks]
+  /// runs the command "ps" and waits for its end. Returns false if both fail, also if a signal interrupts the reading
+  /// of the command's output, or if the process ignores SIGCHLD; buffer may be changed then. [any thread] [blocks]
   virtual bool GetRandomData(void* buffer, unsigned long size) = 0;  // slot 40
   /// Fills in the system's memory and swap sizes in bytes; 0 for each that is unknown. [any thread]
   virtual void GetMemoryInfo(unsigned long long& memTotal, unsigned long long& memFree, unsigned long long& swapTotal,
@@ -392,16 +403,18 @@ class IPLKernel : public IPLModule {
   // set. A character that combines with the next one is held back by some character sets: when a conversion stops with
   // an error it counts as consumed and is not in the output. [any thread] They take no lock.
 
-  /// Converts source, behind a leading U+FEFF, to charSet (never null). A set that has no U+FEFF therefore ends with
-  /// status 2 at once, unless skipInvalid is true. targetSize: bytes of room, the terminating zero included; 0 writes
-  /// nothing and gives status 1. bytesWritten counts the zero; bytesConsumed counts bytes of UTF-16, the U+FEFF
+  /// Converts source, behind a leading U+FEFF and up to its first zero, to charSet (never null). A set that has no
+  /// U+FEFF therefore ends with status 2 at once, unless skipInvalid is true: that steps over whole characters of 2 or
+  /// 4 bytes. targetSize: bytes of room, the terminating zero included; with 0, or a null target, nothing is written
+  /// and the status is 1. bytesWritten counts the zero, even then; bytesConsumed counts bytes of UTF-16, the U+FEFF
   /// included, without what was skipped.
   virtual unsigned int PLStringToMultiByteCharacterString(const PLString& source, char* target,
                                                           unsigned long targetSize, const char* charSet,
                                                           unsigned long& bytesWritten, unsigned long& bytesConsumed,
                                                           bool skipInvalid) = 0;  // slot 65
   /// Converts sourceLength bytes of charSet (never null) and replaces target by the result, up to the first zero in it.
-  /// bytesConsumed does not count what was skipped.
+  /// bytesConsumed does not count what was skipped. skipInvalid steps over single bytes; a last one that is invalid
+  /// ends the conversion with status 0, and is neither converted nor counted.
   virtual unsigned int MultiByteCharacterStringToPLString(const char* source, unsigned long sourceLength,
                                                           PLString& target, const char* charSet,
                                                           unsigned long& bytesConsumed,
@@ -421,8 +434,8 @@ class IPLKernel : public IPLModule {
   /// Writes a line with file and line to standard error and returns. expression is not used. [any thread]
   virtual void AssertFailed(const char* file, int line, const char* expression) = 0;  // slot 70
   /// Reads what standard input has, at most size - 1 bytes, a line at a time from a terminal; adds a terminating zero
-  /// and keeps the line feed. timeout: relative; 0 polls, Time::Forever() waits without limit, less than 0 or more than
-  /// 24 days is 24 days. Returns false, and leaves buffer alone, on a time-out, a signal, an error, at the end of
+  /// and keeps the line feed. timeout: relative; 0 polls, Time::Forever() waits without limit, -1 ms or less and more
+  /// than 24 days are 24 days. Returns false, and leaves buffer alone, on a time-out, a signal, an error, at the end of
   /// input, and if size is below 2. [any thread] [blocks]
   virtual bool ReadConsoleInputString(char* buffer, unsigned long size, Time timeout) = 0;  // slot 71
   /// Writes nothing: console output is switched off. [any thread]

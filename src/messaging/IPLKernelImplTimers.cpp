@@ -55,8 +55,12 @@ void IPLKernelImpl::NotifyGMTChange() {
 // Tested once without the lock: the pointer is published with release order, when the manager's thread runs.
 KernelTimerManager* IPLKernelImpl::GetTimerManager() {
   KernelTimerManager* manager = m_pTimerManager.load(std::memory_order_acquire);
-  if (manager != nullptr || !m_running || IsShutdownPending()) {
+  if (manager != nullptr) {
     return manager;
+  }
+  const GatePassage passage(KernelTimerManager::s_gate);  // shut-down waits for a manager that is just being made
+  if (!passage) {
+    return nullptr;
   }
   KernelLockGuard guard(m_pStateMutex);
   manager = m_pTimerManager.load(std::memory_order_acquire);

@@ -38,7 +38,7 @@ void* KernelMessage::GetData() { return m_pData; }
 KernelMessageQueue::KernelMessageQueue() : m_pMutex(nullptr), m_pEvent(nullptr) {
   IPLKernel* kernel = s_pKernel.load(std::memory_order_acquire);
   m_pMutex = kernel->CreateMutex();
-  m_pEvent = kernel->CreateEvent(true);
+  m_pEvent = MakeTracked<KernelEvent>(true).release();
 }
 
 KernelMessageQueue::~KernelMessageQueue() {
@@ -89,14 +89,21 @@ void KernelMessageQueue::SendAt(Place place, unsigned long id, void* data) {
 }
 
 bool KernelMessageQueue::Enqueue(Place place, KernelMessage* message) {
-  KernelLockGuard guard(m_pMutex);
-  const unsigned long oldLength = m_messages.GetSize();
-  m_messages.InsertAt(place == Place::kFront ? 0 : oldLength, message);
-  if (m_messages.GetSize() == oldLength) {
-    return false;  // no memory for a longer list
+  KernelEvent* toWake = nullptr;
+  {
+    KernelLockGuard guard(m_pMutex);
+    const unsigned long oldLength = m_messages.GetSize();
+    m_messages.InsertAt(place == Place::kFront ? 0 : oldLength, message);
+    if (m_messages.GetSize() == oldLength) {
+      return false;  // no memory for a longer list
+    }
+    if (oldLength == 0 && m_pEvent->BeginSet()) {
+      toWake = m_pEvent;
+    }
   }
-  if (oldLength == 0) {
-    m_pEvent->Set();
+  // Here the message's receiver may have destroyed the queue, but not its event.
+  if (toWake != nullptr) {
+    toWake->FinishSet();
   }
   return true;
 }

@@ -8,6 +8,7 @@
 #include <ipl/PLArray.h>
 
 #include "foundation/TrackedMemory.h"
+#include "threads/KernelEvent.h"
 
 /// A list of messages with a lock and an event that is set exactly while the list is not empty.
 class KernelMessageQueue : public IPLKernel::MessageQueue, public TrackedObject {
@@ -77,7 +78,7 @@ class KernelMessageQueue : public IPLKernel::MessageQueue, public TrackedObject 
   static std::atomic<IPLKernel*> s_pKernel;
 
   IPLKernel::Mutex* m_pMutex;  // owned
-  IPLKernel::Event* m_pEvent;  // owned; manual reset
+  KernelEvent* m_pEvent;       // owned; manual reset
   PLArray<KernelMessage*> m_messages PL_GUARDED_BY(m_pMutex);
 };
 

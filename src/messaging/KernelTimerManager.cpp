@@ -52,13 +52,26 @@ constexpr unsigned char kTimerThreadPriority = 1;
 ShutdownGate KernelTimerManager::s_gate;
 
 KernelTimerManager::KernelTimerManager()
-    : m_pKernel(nullptr), m_pThread(nullptr), m_pQueue(nullptr), m_timerMessageID(0), m_pQuitMessage(nullptr) {}
+    : m_pKernel(nullptr),
+      m_pThread(nullptr),
+      m_pQueue(nullptr),
+      m_timerMessageID(0),
+      m_pQuitMessage(nullptr),
+      m_pClearMessage(nullptr),
+      m_pCleared(nullptr) {}
 
 KernelTimerManager::~KernelTimerManager() {
-  if (m_pKernel != nullptr) {  // the timer thread was never started, or has ended
-    m_pKernel->DestroyMessageQueue(m_pQueue);
-    m_pKernel->DestroyThread(m_pThread);
+  if (m_pKernel == nullptr) {
+    return;
   }
+  // The timer thread was never started, or has ended.
+  if (m_pQueue != nullptr) {
+    m_pQueue->ReleaseMessage(m_pQuitMessage);
+    m_pQueue->ReleaseMessage(m_pClearMessage);
+  }
+  m_pKernel->DestroyMessageQueue(m_pQueue);
+  m_pKernel->DestroyThread(m_pThread);
+  m_pKernel->DestroyEvent(m_pCleared);
 }
 
 bool KernelTimerManager::Initialize(IPLKernel* kernel) {
@@ -66,7 +79,13 @@ bool KernelTimerManager::Initialize(IPLKernel* kernel) {
   m_pThread = kernel->CreateThread();
   m_pQueue = kernel->CreateMessageQueue();
   m_timerMessageID = static_cast<uint32_t>(kernel->GetUniqueID());
-  if (m_pThread == nullptr || m_pQueue == nullptr || !ReserveQuitMessage()) {
+  m_pCleared = kernel->CreateEvent(false);
+  if (m_pThread == nullptr || m_pQueue == nullptr || m_pCleared == nullptr) {
+    return false;
+  }
+  m_pQuitMessage = Reserve(TimerCommand_Quit, nullptr);
+  m_pClearMessage = Reserve(TimerCommand_Clear, &m_reservedClear);
+  if (m_pQuitMessage == nullptr || m_pClearMessage == nullptr) {
     return false;
   }
   {
@@ -79,23 +98,37 @@ bool KernelTimerManager::Initialize(IPLKernel* kernel) {
   }
   PosixMutexGuard guard(s_poolLock);
   s_pLiveManager = nullptr;
-  m_pQueue->ReleaseMessage(m_pQuitMessage);
   return false;
 }
 
-bool KernelTimerManager::ReserveQuitMessage() {
-  m_pQueue->Post(TimerCommand_Quit, nullptr);
-  m_pQuitMessage = m_pQueue->Receive(0);
-  return m_pQuitMessage != nullptr;
+// Before the timer thread runs. Returns null if memory is exhausted.
+IPLKernel::Message* KernelTimerManager::Reserve(TimerCommand command, void* data) {
+  KernelLockGuard guard(m_pQueue);
+  m_pQueue->Post(command, data);
+  IPLKernel::Message* message = m_pQueue->GetLength() != 0 ? m_pQueue->GetAt(0) : nullptr;
+  if (message != nullptr) {
+    m_pQueue->RemoveAt(0);
+  }
+  return message;
+}
+
+// A list that is full may find no memory to grow; but the timer thread takes command after command out of it.
+void KernelTimerManager::AppendReserved(IPLKernel::Message* message) {
+  for (;; m_pThread->YieldCPU()) {
+    KernelLockGuard guard(m_pQueue);
+    const unsigned long length = m_pQueue->GetLength();
+    m_pQueue->Append(message);
+    if (m_pQueue->GetLength() != length) {
+      return;
+    }
+  }
 }
 
 void KernelTimerManager::Uninitialize() {
-  {
-    // The queue is empty, since nobody is inside the gate, so this takes no memory.
-    KernelLockGuard guard(m_pQueue);
-    m_pQueue->Append(m_pQuitMessage);
-  }
+  AppendReserved(m_pQuitMessage);
+  m_pQuitMessage = nullptr;  // the timer thread's, which releases it
   m_pThread->WaitUntilFinished(IPLKernel::Time::Forever());
+  m_pQueue->ReleaseMessage(m_pClearMessage);
   m_pKernel->DestroyMessageQueue(m_pQueue);
   m_pKernel->DestroyThread(m_pThread);
   m_pQueue = nullptr;
@@ -122,27 +155,25 @@ unsigned long KernelTimerManager::SetTimer(const IPLKernel::Time& delay, IPLKern
   const IPLKernel::Time fireTime = SaturatingAdd(m_pKernel->GetKernelTime(), delay);
   // A period of zero or less would be due again in the pass that fired it, without end: it is not repeated.
   const bool repeated = periodic && delay > IPLKernel::Time(0);
-  return Schedule(TimerCommand_Schedule,
-                  MakeTracked<TimerRecord>(TimerRecord{fireTime, delay, &queue, 0, repeated, nullptr}));
+  return Schedule(TimerCommand_Schedule, MakeTracked<TimerRecord>(TimerRecord{fireTime, delay, &queue, 0, repeated}));
 }
 
 unsigned long KernelTimerManager::SetTimerGMT(const IPLKernel::Time& instant, IPLKernel::MessageQueue& queue,
                                               const IPLKernel::Time& period) {
   const bool repeated = period > IPLKernel::Time(0);
   return Schedule(TimerCommand_ScheduleGMT,
-                  MakeTracked<TimerRecord>(TimerRecord{instant, period, &queue, 0, repeated, nullptr}));
+                  MakeTracked<TimerRecord>(TimerRecord{instant, period, &queue, 0, repeated}));
 }
 
 unsigned long KernelTimerManager::Schedule(TimerCommand command, TrackedPtr<TimerRecord> record) {
   if (record == nullptr) {
     return 0;
   }
-  bool taken = false;
   const unsigned long timerID = m_pKernel->GetUniqueID();
   record->timerID = static_cast<uint32_t>(timerID);
-  record->taken = &taken;
+  const TimerRequests::Request request(m_requests, record.get());
   m_pQueue->Send(command, record.get());
-  if (!taken) {
+  if (!request.WasMet()) {
     return 0;  // Send, or the list, found no memory
   }
   static_cast<void>(record.release());  // the timer thread's, which may have freed it already
@@ -151,8 +182,21 @@ unsigned long KernelTimerManager::Schedule(TimerCommand command, TrackedPtr<Time
 
 void KernelTimerManager::ClearTimer(unsigned long timerID, IPLKernel::MessageQueue& queue) {
   TimerClearRecord clear = {static_cast<uint32_t>(timerID), &queue};
-  m_pQueue->Send(TimerCommand_Clear, &clear);
+  {
+    const TimerRequests::Request request(m_requests, &clear);
+    m_pQueue->Send(TimerCommand_Clear, &clear);
+    if (!request.WasMet()) {
+      ClearWithoutMemory(clear);
+    }
+  }
   WithdrawMessages(clear.timerID, queue);
+}
+
+void KernelTimerManager::ClearWithoutMemory(const TimerClearRecord& clear) {
+  PosixMutexGuard guard(m_clearLock);
+  m_reservedClear = clear;
+  AppendReserved(m_pClearMessage);
+  m_pCleared->Wait(IPLKernel::Time::Forever());
 }
 
 // Takes the timer's messages out in one walk: what stays moves to the front, then the tail is cut.

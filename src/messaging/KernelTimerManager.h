@@ -9,6 +9,7 @@
 
 #include "foundation/TrackedMemory.h"
 #include "messaging/TimerList.h"
+#include "messaging/TimerRequests.h"
 #include "threads/PosixMutex.h"
 #include "threads/ShutdownGate.h"
 
@@ -60,7 +61,8 @@ class KernelTimerManager {
   /// Ends the timer thread, waits for it and drops what is pending. No operation may be going on: see s_gate.
   void Uninitialize();
 
-  // [any thread but the timer thread] [blocks] They return 0, and do nothing, when memory is exhausted.
+  // [any thread but the timer thread] [blocks] The first two return 0, and do nothing, when memory is exhausted.
+  // ClearTimer needs none.
   unsigned long SetTimer(const IPLKernel::Time& delay, IPLKernel::MessageQueue& queue, bool periodic);
   unsigned long SetTimerGMT(const IPLKernel::Time& instant, IPLKernel::MessageQueue& queue,
                             const IPLKernel::Time& period);
@@ -86,7 +88,9 @@ class KernelTimerManager {
   void HandleCommand(IPLKernel::Message* message);
   void DispatchTimers(IPLKernel::Time& wait);
   void FireDue(PLArray<TimerRecord*>& list, IPLKernel::Time now, IPLKernel::Time kernelNow, IPLKernel::Time gmtNow);
-  void PostTimerMessage(const TimerRecord& record, IPLKernel::Time kernelNow, IPLKernel::Time gmtNow);
+  void Fire(TimerRecord* record, PLArray<TimerRecord*>& list, IPLKernel::Time now, IPLKernel::Time kernelNow,
+            IPLKernel::Time gmtNow);
+  bool PostTimerMessage(const TimerRecord& record, IPLKernel::Time kernelNow, IPLKernel::Time gmtNow);
   bool ScheduleTimer(TimerRecord* record, PLArray<TimerRecord*>& list);
   bool ScheduleTimerGMT(TimerRecord* record, const IPLKernel::Time& kernelNow, const IPLKernel::Time& gmtNow);
   void ClearTimerRecord(TimerClearRecord* clear);
@@ -98,7 +102,9 @@ class KernelTimerManager {
   unsigned long Schedule(TimerCommand command, TrackedPtr<TimerRecord> record);
   void ReturnToPool(TimerMessage* message) PL_REQUIRES(s_poolLock);
   void WithdrawMessages(uint32_t timerID, IPLKernel::MessageQueue& queue);
-  bool ReserveQuitMessage();
+  void ClearWithoutMemory(const TimerClearRecord& clear);
+  IPLKernel::Message* Reserve(TimerCommand command, void* data);
+  void AppendReserved(IPLKernel::Message* message);
   void FreeRecords(PLArray<TimerRecord*>& list);
 
   /// Guards the pool and s_pLiveManager; the innermost lock, held for a pool operation only.
@@ -113,8 +119,14 @@ class KernelTimerManager {
   PLArray<TimerRecord*> m_kernelTimers;                             // and their records: owned by the timer thread
   PLArray<TimerRecord*> m_gmtTimers;                                // and their records: owned by the timer thread
   PLArray<TimerMessage*> m_freeMessages PL_GUARDED_BY(s_poolLock);  // owned
-  // Behind the fields of the contract: the quit command, made beforehand so that shut-down needs no memory.
-  IPLKernel::Message* m_pQuitMessage;
+  // Behind the fields of the contract. Commands that are made beforehand, so that shut-down and ClearTimer need no
+  // memory:
+  IPLKernel::Message* m_pQuitMessage;     // owned
+  IPLKernel::Message* m_pClearMessage;    // owned; its data is m_reservedClear
+  IPLKernel::Event* m_pCleared;           // owned; set by the timer thread when it is through with it
+  PosixMutex m_clearLock;                 // held by the one caller that uses them, while it waits
+  TimerClearRecord m_reservedClear = {};  // written under m_clearLock, read by the timer thread
+  TimerRequests m_requests;
 };
 
 #endif  // IPL_MESSAGING_KERNELTIMERMANAGER_H

@@ -32,6 +32,8 @@ bool Insert(PLArray<TimerRecord*>& list, TimerRecord* record) {
   return list.GetSize() != oldSize;
 }
 
+void RemoveFront(PLArray<TimerRecord*>& list, unsigned long count) { RemoveRange(list, 0, count); }
+
 unsigned long CountDue(const PLArray<TimerRecord*>& list, IPLKernel::Time now) {
   unsigned long low = 0;
   unsigned long high = list.GetSize();

@@ -16,9 +16,6 @@ struct TimerRecord {
   IPLKernel::MessageQueue* queue;  // not owned
   uint32_t timerID;
   bool periodic;  // re-armed after it fired
-  // Behind the fields of the contract: where to tell the sender of the record that the timer thread owns it now; lives
-  // until the sender's Send returns.
-  bool* taken;
 };
 
 /// Operations on a list of timers, ascending by fire time; equal fire times keep the order of insertion. A list does
@@ -30,6 +27,9 @@ bool Insert(PLArray<TimerRecord*>& list, TimerRecord* record);
 
 /// Returns how many records at the front have a fire time of now or before.
 unsigned long CountDue(const PLArray<TimerRecord*>& list, IPLKernel::Time now);
+
+/// Removes the first count records.
+void RemoveFront(PLArray<TimerRecord*>& list, unsigned long count);
 
 /// Removes the first removed records and inserts those of the first kept slots again, in their order, each as Insert
 /// does. kept is not more than removed. Needs no memory of the kernel.

@@ -34,7 +34,7 @@ void KernelTimerManager::StaticTimerThreadProc(IPLKernel::Thread*, void* manager
   static_cast<KernelTimerManager*>(manager)->TimerThreadProc();
 }
 
-// A command is released before the pass that follows it: a caller that holds its own queue's lock is not waited for.
+// A command is released before the pass that follows it: the thread that sent it does not wait for the pass.
 void KernelTimerManager::TimerThreadProc() {
   IPLKernel::Time wait = IPLKernel::Time::Forever();
   for (;;) {
@@ -42,7 +42,11 @@ void KernelTimerManager::TimerThreadProc() {
     if (message != nullptr) {
       const bool quit = message->GetID() == TimerCommand_Quit;
       HandleCommand(message);
-      m_pQueue->ReleaseMessage(message);
+      if (message == m_pClearMessage) {
+        m_pCleared->Set();  // it is used again
+      } else {
+        m_pQueue->ReleaseMessage(message);
+      }
       if (quit) {
         return;
       }
@@ -54,19 +58,21 @@ void KernelTimerManager::TimerThreadProc() {
 void KernelTimerManager::HandleCommand(IPLKernel::Message* message) {
   switch (message->GetID()) {
     case TimerCommand_Schedule: {
-      auto* record = static_cast<TimerRecord*>(message->GetData());
-      *record->taken = ScheduleTimer(record, m_kernelTimers);
+      if (ScheduleTimer(static_cast<TimerRecord*>(message->GetData()), m_kernelTimers)) {
+        m_requests.SetMet(message->GetData());
+      }
       break;
     }
     case TimerCommand_ScheduleGMT: {
-      auto* record = static_cast<TimerRecord*>(message->GetData());
-      bool* taken = record->taken;  // the record may be freed
       const IPLKernel::Time kernelNow = m_pKernel->GetKernelTime();
-      *taken = ScheduleTimerGMT(record, kernelNow, m_pKernel->GetTimeGMT());
+      if (ScheduleTimerGMT(static_cast<TimerRecord*>(message->GetData()), kernelNow, m_pKernel->GetTimeGMT())) {
+        m_requests.SetMet(message->GetData());  // the record itself may be gone
+      }
       break;
     }
     case TimerCommand_Clear:
       ClearTimerRecord(static_cast<TimerClearRecord*>(message->GetData()));
+      m_requests.SetMet(message->GetData());
       break;
     case TimerCommand_RecalculateGMT:
       RecalculateGMTFireTimes();
@@ -98,10 +104,12 @@ bool KernelTimerManager::ScheduleTimerGMT(TimerRecord* record, const IPLKernel::
       return false;
     }
     PostTimerMessage(*record, kernelNow, gmtNow);
-  } else {
-    PostTimerMessage(*record, kernelNow, gmtNow);
-    PLTypes_ScalarDelete(record, nullptr, 0);
+    return true;
   }
+  if (!PostTimerMessage(*record, kernelNow, gmtNow)) {
+    return false;
+  }
+  PLTypes_ScalarDelete(record, nullptr, 0);
   return true;
 }
 
@@ -116,10 +124,26 @@ void KernelTimerManager::DispatchTimers(IPLKernel::Time& wait) {
 }
 
 // A record that is re-armed fires after now, hence not again in this pass: it is enough to look at those due when the
-// pass begins, and to close the gap that they leave once.
+// pass begins. A few are taken out first, as the list is then right when a client sees its message; many stay until all
+// have fired, and the gap that they leave is closed once.
 void KernelTimerManager::FireDue(PLArray<TimerRecord*>& list, IPLKernel::Time now, IPLKernel::Time kernelNow,
                                  IPLKernel::Time gmtNow) {
+  constexpr unsigned long kFew = 16;
   const unsigned long due = TimerList::CountDue(list, now);
+  if (due == 0) {
+    return;
+  }
+  if (due <= kFew) {
+    TimerRecord* few[kFew];
+    for (unsigned long i = 0; i < due; ++i) {
+      few[i] = list[i];
+    }
+    TimerList::RemoveFront(list, due);
+    for (unsigned long i = 0; i < due; ++i) {
+      Fire(few[i], list, now, kernelNow, gmtNow);
+    }
+    return;
+  }
   unsigned long kept = 0;
   for (unsigned long i = 0; i < due; ++i) {
     TimerRecord* record = list[i];
@@ -131,25 +155,37 @@ void KernelTimerManager::FireDue(PLArray<TimerRecord*>& list, IPLKernel::Time no
       PLTypes_ScalarDelete(record, nullptr, 0);
     }
   }
-  if (due != 0) {
-    TimerList::Rearm(list, due, kept);
+  TimerList::Rearm(list, due, kept);
+}
+
+// Fires a record that was taken out of the list, which therefore has room for it.
+void KernelTimerManager::Fire(TimerRecord* record, PLArray<TimerRecord*>& list, IPLKernel::Time now,
+                              IPLKernel::Time kernelNow, IPLKernel::Time gmtNow) {
+  PostTimerMessage(*record, kernelNow, gmtNow);
+  if (record->periodic) {
+    record->fireTime = SaturatingAdd(record->interval, now);
+    static_cast<void>(TimerList::Insert(list, record));
+  } else {
+    PLTypes_ScalarDelete(record, nullptr, 0);
   }
 }
 
-// Without memory this firing is lost, and nothing else.
-void KernelTimerManager::PostTimerMessage(const TimerRecord& record, IPLKernel::Time kernelNow,
+// Without memory this firing is lost, and nothing else. Returns false then.
+bool KernelTimerManager::PostTimerMessage(const TimerRecord& record, IPLKernel::Time kernelNow,
                                           IPLKernel::Time gmtNow) {
   TimerMessage* data = CreateTimerMessage(kernelNow, gmtNow, record.timerID);
   if (data == nullptr) {
-    return;
+    return false;
   }
   // Post has no result; with the lock held the length tells.
   KernelLockGuard guard(record.queue);
   const unsigned long length = record.queue->GetLength();
   record.queue->Post(m_timerMessageID, static_cast<IPLKernel::TimerMessageData*>(data));
-  if (record.queue->GetLength() == length) {
+  const bool posted = record.queue->GetLength() != length;
+  if (!posted) {
     data->ReleaseTimerData();
   }
+  return posted;
 }
 
 void KernelTimerManager::ClearTimerRecord(TimerClearRecord* clear) {

@@ -50,7 +50,7 @@ class Descriptor {
   ::_exit(1);
 }
 
-bool ReadAll(int descriptor, char* buffer, size_t size) {
+bool ReadAll(int descriptor, char* buffer, size_t size, bool& full) {
   size_t length = 0;
   while (length < size - 1) {
     const ssize_t count = ::read(descriptor, buffer + length, size - 1 - length);
@@ -63,18 +63,23 @@ bool ReadAll(int descriptor, char* buffer, size_t size) {
     length += static_cast<size_t>(count);
   }
   buffer[length] = '\0';
+  full = length == size - 1;
   return true;
 }
 
 // Waits until the child has ended; somebody else's handler of SIGCHLD may have taken its status, which is a failure.
-bool EndedWell(pid_t child) {
+// mayBreak: its output was not read to the end, so it may have ended for that, or say so for a child of its own, as a
+// shell does.
+bool EndedWell(pid_t child, bool mayBreak) {
   int status = 0;
   while (::waitpid(child, &status, 0) < 0) {
     if (errno != EINTR) {
       return false;
     }
   }
-  return status == 0 || (WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE);
+  const bool broken = (WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE) ||
+                      (WIFEXITED(status) && WEXITSTATUS(status) == 128 + SIGPIPE);
+  return status == 0 || (mayBreak && broken);
 }
 
 }  // namespace
@@ -94,7 +99,8 @@ bool ReadProcessList(char* buffer, size_t size) {
     RunProcessList(readEnd.Get(), writeEnd.Get());
   }
   writeEnd.Close();
-  const bool readWell = ReadAll(readEnd.Get(), buffer, size);
+  bool full = false;
+  const bool readWell = ReadAll(readEnd.Get(), buffer, size, full);
   readEnd.Close();  // a command that still writes is ended by this
-  return EndedWell(child) && readWell;
+  return EndedWell(child, full) && readWell;
 }

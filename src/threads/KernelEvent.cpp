@@ -3,6 +3,7 @@
 
 #include <errno.h>
 #include <sched.h>
+#include <time.h>
 
 #include "foundation/ContractLayout.h"
 #include "threads/WaitDeadline.h"
@@ -19,28 +20,55 @@ struct PLContractLayout<KernelEvent> {
 
 // Construction has no result. Where the system refuses a recursive mutex an ordinary one remains, which serves: no
 // operation takes it twice.
-KernelEvent::KernelEvent(bool manualReset) : m_cond(), m_signaled(false), m_manualReset(manualReset) {
+KernelEvent::KernelEvent(bool manualReset) : m_cond(), m_signaled(false), m_manualReset(manualReset), m_waking(0) {
   static_cast<void>(m_mutex.InitialiseRecursive());
   ::pthread_cond_init(&m_cond, nullptr);
 }
 
 KernelEvent::~KernelEvent() {
+  WaitForWakers();
   ::pthread_cond_destroy(&m_cond);
   m_mutex.Destroy();
 }
 
-// A thread that waits returns only after it has taken the mutex, hence after this function gave it up; it may then
-// destroy the event at once. So the broadcast comes before the unlock, and nothing is touched after it.
-void KernelEvent::Set() {
-  {
-    PosixMutexGuard guard(m_mutex);
-    if (!m_signaled) {
-      m_signaled = true;
-      ::pthread_cond_broadcast(&m_cond);
+// Usually nobody is there. A waker is just about to leave; but it may have a lower priority than this thread, which
+// then has to sleep to let it run.
+void KernelEvent::WaitForWakers() {
+  constexpr int kSpins = 200;
+  constexpr int kYields = 20;
+  constexpr timespec kPause = {0, 50000};
+  for (int i = 0; m_waking.load(std::memory_order_acquire) != 0; ++i) {
+    if (i >= kSpins + kYields) {
+      ::nanosleep(&kPause, nullptr);
+    } else if (i >= kSpins) {
+      ::sched_yield();
     }
-    YieldPoint();
   }
+}
+
+void KernelEvent::Set() {
+  if (BeginSet()) {
+    FinishSet();
+  }
+}
+
+bool KernelEvent::BeginSet() {
+  PosixMutexGuard guard(m_mutex);
+  if (m_signaled) {
+    return false;
+  }
+  m_signaled = true;
+  m_waking.fetch_add(1, std::memory_order_relaxed);
+  return true;
+}
+
+// A thread that finds the flag set may destroy the event at once: the destructor waits for the last line here, and
+// nothing is touched after it.
+void KernelEvent::FinishSet() {
   YieldPoint();
+  ::pthread_cond_broadcast(&m_cond);
+  YieldPoint();
+  m_waking.fetch_sub(1, std::memory_order_release);
 }
 
 bool KernelEvent::Wait(IPLKernel::Time timeout) {

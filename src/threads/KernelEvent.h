@@ -3,6 +3,9 @@
 #define IPL_THREADS_KERNELEVENT_H
 
 #include <pthread.h>
+#include <stdint.h>
+
+#include <atomic>
 
 #include <ipl/IPLKernel.h>
 
@@ -11,10 +14,12 @@
 
 class WaitDeadline;
 
-/// A flag with a condition variable.
+/// A flag with a condition variable. Threads are woken after the event's mutex was given up: one that is woken earlier
+/// would at once wait for the mutex, which costs two more switches between the threads.
 class KernelEvent : public IPLKernel::Event, public TrackedObject {
  public:
   explicit KernelEvent(bool manualReset);
+  /// Waits for those that are still inside FinishSet: a thread may destroy an event as soon as its Wait returns.
   ~KernelEvent() override;
   KernelEvent(const KernelEvent&) = delete;
   KernelEvent& operator=(const KernelEvent&) = delete;
@@ -24,16 +29,24 @@ class KernelEvent : public IPLKernel::Event, public TrackedObject {
   void Clear() override;
   bool IsSet() override;
 
+  /// Set in two steps, for a caller that holds a lock which the woken threads want. BeginSet sets the flag. If it
+  /// returns true FinishSet, which wakes them, has to follow, with the lock given up.
+  bool BeginSet();
+  void FinishSet();
+
  private:
   template <typename>
   friend struct PLContractLayout;
 
+  void WaitForWakers();
   bool WaitUntil(WaitDeadline& deadline) PL_REQUIRES(m_mutex);
 
   PosixMutex m_mutex;
   pthread_cond_t m_cond;  // on the real-time clock; used with m_mutex
   bool m_signaled PL_GUARDED_BY(m_mutex);
   bool m_manualReset;  // never changes
+  // Behind the fields of the contract: how many threads are between BeginSet and the end of FinishSet.
+  std::atomic<uint32_t> m_waking;
 };
 
 #endif  // IPL_THREADS_KERNELEVENT_H

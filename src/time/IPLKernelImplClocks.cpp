@@ -85,8 +85,8 @@ IPLKernel::Time IPLKernelImpl::GetTimeLocal() { return ConvertGMTToLocal(GetTime
 
 IPLKernel::Time IPLKernelImpl::ConvertGMTToLocal(const Time& gmt) {
   // Without the state mutex: a service that hangs would hold up the timers and all that needs an identifier.
-  const int64_t minutes = getTimeZone_Offset();
-  return Add(gmt.GetNanoseconds(), minutes * kNanosecondsPerMinute);
+  const auto minutes = static_cast<uint64_t>(getTimeZone_Offset());
+  return Add(gmt.GetNanoseconds(), static_cast<int64_t>(minutes * static_cast<uint64_t>(kNanosecondsPerMinute)));
 }
 
 void IPLKernelImpl::TimeToCalendarTime(const Time& time, CalendarTime& cal) {

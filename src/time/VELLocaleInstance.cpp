@@ -27,10 +27,10 @@ struct FreeText {
 };
 using Answer = std::unique_ptr<char, FreeText>;
 
-// Reads the number of an answer, behind its first character. False if there is no answer or no number in it.
+// Reads the number of an answer. False if there is no answer or no number in it.
 template <typename Number>
 bool ReadNumber(const Answer& answer, const char* format, Number& number) {
-  return answer != nullptr && answer.get()[0] != '\0' && ::sscanf(answer.get() + 1, format, &number) == 1;
+  return answer != nullptr && ::sscanf(answer.get(), format, &number) == 1;
 }
 
 }  // namespace

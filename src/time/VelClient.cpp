@@ -38,6 +38,14 @@ namespace {
 
 // An exception out of the platform's library counts as a failure.
 template <typename Client>
+void Destroy(Client* client) {
+  try {
+    delete client;
+  } catch (...) {  // NOLINT(bugprone-empty-catch)
+  }
+}
+
+template <typename Client>
 Client* Open(const char* service) {
   Client* client = nullptr;
   try {
@@ -47,17 +55,15 @@ Client* Open(const char* service) {
     }
   } catch (...) {  // NOLINT(bugprone-empty-catch)
   }
-  try {
-    delete client;
-  } catch (...) {  // NOLINT(bugprone-empty-catch)
-  }
+  Destroy(client);
   return nullptr;
 }
 
 template <typename Client>
 char* Execute(Client* client, const char* command, const char* parameter) {
   try {
-    return ::strdup(client->Execute(command, parameter, "", "", "").c_str());
+    const std::string answer = client->Execute(command, parameter, "", "", "");
+    return ::strdup(answer.empty() ? "" : answer.c_str() + 1);
   } catch (...) {
     return nullptr;
   }
@@ -67,9 +73,9 @@ template <typename Client>
 void Close(Client* client) {
   try {
     client->Close();
-    delete client;
   } catch (...) {  // NOLINT(bugprone-empty-catch)
   }
+  Destroy(client);
 }
 
 constexpr VelClientOperations kOperations = {

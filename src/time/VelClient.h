@@ -17,7 +17,8 @@ struct VelClientOperations {
   /// Make a client and connect it to its service; null if that fails.
   vel::CVelLocaleTimeClient* (*openTime)();
   vel::CVelLocaleTVClient* (*openTV)();
-  /// Sends a command with one parameter. Returns the answer, which the caller frees with free; null if that fails.
+  /// Sends a command with one parameter. Returns the answer behind its first character, which the caller frees with
+  /// free; null if that fails.
   char* (*executeTime)(vel::CVelLocaleTimeClient* client, const char* command, const char* parameter);
   char* (*executeTV)(vel::CVelLocaleTVClient* client, const char* command, const char* parameter);
   /// Close the connection and destroy the client.

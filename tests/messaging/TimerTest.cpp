@@ -158,13 +158,19 @@ TEST_F(TimerTest, ThePoolKeepsTenAndDataMayOutliveTheKernel) {
 TEST_F(TimerTest, ExhaustedMemoryCostsOneOperationAndNothingElse) {
   const std::function<ID()> operations[] = {
       [this] { return Set('z', kDay); }, [this] { return kernel->SetTimeGMT(kMay1), 1; },
-      [this] { return SetGMT('z', kDay, kDay); }, [this] { return kernel->ClearTimer(0, *queue), 1; }};
+      [this] { return SetGMT('z', kDay, kDay); }, [this] { return kernel->ClearTimer(0, *queue), 1; },
+      [this] {  // a date that is past
+        Take();
+        const ID id = SetGMT('p', 2 * kDay);
+        EXPECT_EQ(Take(), id != 0 ? "p" : "");
+        return id != 0 ? 1 : 0;
+      }};
   std::string set;
-  for (int i = 0; i < 40; ++i) {  // the first one makes the manager, later ones make the lists grow
+  for (int i = 0; i < 50; ++i) {  // the first one makes the manager, later ones make the lists grow
     for (long n = 0, failures = -1; failures != memory->Failures(); ++n) {
       failures = memory->Failures();
       memory->FailAfter(n, 1);
-      const ID id = operations[i % 4]();
+      const ID id = operations[i % 5]();
       memory->FailAfter(AllocControl::kNever);
       EXPECT_TRUE(id != 0 || memory->Failures() != failures);
       set += id > 1 ? "z" : "";
@@ -172,6 +178,16 @@ TEST_F(TimerTest, ExhaustedMemoryCostsOneOperationAndNothingElse) {
   }
   Take();
   EXPECT_EQ(At({kDay}), set + '|');
+  // Without any memory a timer is cleared all the same, and one that is set is refused rather than lost.
+  const ID cleared[] = {Set('x', kDay), SetGMT('y', kMay1 + kDay)};
+  memory->FailAfter(0);
+  for (const ID id : cleared) {
+    kernel->ClearTimer(id, *queue);
+  }
+  EXPECT_EQ(kernel->SetTimer(0, *queue, false), 0U);
+  EXPECT_EQ(kernel->SetTimerGMT(kDay * 2, *queue, 0), 0U);  // a date that is past
+  memory->FailAfter(AllocControl::kNever);
+  EXPECT_EQ(At({kDay + 1}), "|");
 }
 
 std::atomic<int> s_begun{0};

@@ -38,6 +38,12 @@ std::string ToText(const ordered_json& value) {
   auto text = value.get<std::string>();
   std::replace_if(
       text.begin(), text.end(), [](unsigned char byte) { return std::iscntrl(byte) != 0; }, '?');
+  // Nor by the control characters that take two bytes of UTF-8.
+  for (size_t i = 0; (i = text.find('\xC2', i)) != std::string::npos; ++i) {
+    if (i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
+      text.replace(i, 2, "?");
+    }
+  }
   return text;
 }
 
