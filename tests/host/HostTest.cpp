@@ -26,7 +26,7 @@ TEST_F(HostProgram, EachMistakeGetsOneLineThatNamesItAndStatus2) {
       {{"--module", ""}, "--module"},
       {{"--module", "Reporter", "--bogus"}, "'--bogus'"},
       {{"-x"}, "'-x'"},
-      {{"--help=1"}, "'--help=1'"},
+      {{"--help=1"}, "'--help' takes no value"},
       {{"--module", "Reporter", "stray", "--", "x"}, "'stray'"},
       {{"--module", "--", "stray"}, "'stray'"},
       {{"--", "--module", "Reporter"}, "--module"},
