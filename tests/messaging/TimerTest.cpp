@@ -3,6 +3,7 @@
 #include <future>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "support/AllocControl.h"
@@ -34,14 +35,20 @@ class TimerTest : public KernelFixture {
   }
   ID Named(char name, ID id) { return names[id] = name, id; }
   ID Set(char name, int64_t delay, bool again = false) { return Named(name, kernel->SetTimer(delay, *queue, again)); }
-  ID SetGMT(char name, int64_t at, int64_t period = 0) { return Named(name, kernel->SetTimerGMT(at, *queue, period)); }
+  ID SetGMT(char name, int64_t at, int64_t period = 0) {
+    const ID id = Named(name, kernel->SetTimerGMT(at, *queue, period));
+    gmtTimers.insert(id);
+    return id;
+  }
   // Takes all messages: the letters of timers, with a mark behind those of another pass than the last.
   std::string Take() {
     std::string text;
     while (IPLKernel::Message* message = queue->Receive(0)) {
       if (message->GetID() == kernel->GetTimerMessageID()) {
         auto* data = static_cast<IPLKernel::TimerMessageData*>(message->GetData());
-        const bool last = data->GetFireTimeKernel() == s_now.load() && data->GetFireTimeGMT() == kernel->GetTimeGMT();
+        // The clock may be moved behind a pass' look at kernel time; then it sees GMT timers alone as due.
+        const bool last = data->GetFireTimeGMT() == kernel->GetTimeGMT() &&
+                          (data->GetFireTimeKernel() == s_now.load() || gmtTimers.count(data->GetTimerID()) != 0);
         text += std::string(1, names[data->GetTimerID()]) + (last ? "" : "'");
         data->ReleaseTimerData();
       }
@@ -65,6 +72,7 @@ class TimerTest : public KernelFixture {
   std::optional<KernelTable> clock;
   std::optional<AllocControl> memory;
   std::map<ID, char> names;
+  std::set<ID> gmtTimers;
 };
 
 TEST_F(TimerTest, FiresOnceNeverEarlyAndAtOnceWithoutADelay) {
