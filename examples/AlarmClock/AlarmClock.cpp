@@ -6,6 +6,7 @@
 
 #include <ipl/IPLHost.h>
 #include <ipl/IPLKernel.h>
+#include <ipl/ModuleEntry.h>
 #include <ipl/PLArray.h>
 
 #include "AlarmClock/AlarmTime.h"
@@ -14,8 +15,6 @@
 #include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 #include "pipeline/Worker.h"
-
-IPL_DECLARE_MODULE(AlarmClock);
 
 namespace alarms {
 namespace {
@@ -172,16 +171,7 @@ void AlarmClock::Ring(IPLKernel::TimerMessageData& fired) {
   }
 }
 
-IPLKernel* s_pKernel = nullptr;
-
 }  // namespace
 }  // namespace alarms
 
-void IPLModule_PLModule_PutKernel(IPLKernel* kernel) { alarms::s_pKernel = kernel; }
-
-IPLModule* IPLModule_AlarmClock_ModuleLoad() {
-  auto clock = pipeline::MakeTracked<alarms::AlarmClock>(alarms::s_pKernel);
-  return clock && clock->Start() ? clock.release() : nullptr;
-}
-
-void IPLModule_AlarmClock_ModuleUnload(IPLModule* module) { PLTypes_ScalarDelete(module, __FILE__, __LINE__); }
+IPL_MODULE(AlarmClock, alarms::AlarmClock);

@@ -32,7 +32,7 @@ class IPLModule {
 /// until that thread has ended. A thread that was waited for may still run destructors of thread-specific data: a
 /// module that has such destructors detaches its threads.
 ///
-/// This macro declares the three entry symbols of the module NAME.
+/// This macro declares the three entry symbols of the module NAME. IPL_MODULE (ipl/ModuleEntry.h) defines them as well.
 #define IPL_DECLARE_MODULE(NAME)                                   \
   extern "C" {                                                     \
   IPL_API void IPLModule_PLModule_PutKernel(IPLKernel* kernel);    \
