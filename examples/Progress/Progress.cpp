@@ -5,13 +5,12 @@
 #include <unistd.h>
 
 #include <ipl/IPLKernel.h>
+#include <ipl/ModuleEntry.h>
 
 #include "pipeline/Options.h"
 #include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 #include "pipeline/Worker.h"
-
-IPL_DECLARE_MODULE(Progress);
 
 namespace pipeline {
 namespace {
@@ -84,16 +83,7 @@ void Progress::Print(const char* lineEnd) {
           progress.fileCount, rate, m_bTerminal ? "\033[K" : "", lineEnd);
 }
 
-IPLKernel* s_pKernel = nullptr;
-
 }  // namespace
 }  // namespace pipeline
 
-void IPLModule_PLModule_PutKernel(IPLKernel* kernel) { pipeline::s_pKernel = kernel; }
-
-IPLModule* IPLModule_Progress_ModuleLoad() {
-  auto progress = pipeline::MakeTracked<pipeline::Progress>(pipeline::s_pKernel);
-  return progress && progress->Start() ? progress.release() : nullptr;
-}
-
-void IPLModule_Progress_ModuleUnload(IPLModule* module) { PLTypes_ScalarDelete(module, __FILE__, __LINE__); }
+IPL_MODULE(Progress, pipeline::Progress);

@@ -8,6 +8,7 @@
 
 #include <ipl/IPLHost.h>
 #include <ipl/IPLKernel.h>
+#include <ipl/ModuleEntry.h>
 
 #include "TextReader/CharsetDecoder.h"
 #include "TextReader/ReadMeter.h"
@@ -15,8 +16,6 @@
 #include "pipeline/Options.h"
 #include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
-
-IPL_DECLARE_MODULE(TextReader);
 
 namespace pipeline {
 namespace {
@@ -181,16 +180,7 @@ void TextReader::Report(const char* name, const char* problem, Status status) {
   }
 }
 
-IPLKernel* s_pKernel = nullptr;
-
 }  // namespace
 }  // namespace pipeline
 
-void IPLModule_PLModule_PutKernel(IPLKernel* kernel) { pipeline::s_pKernel = kernel; }
-
-IPLModule* IPLModule_TextReader_ModuleLoad() {
-  auto reader = pipeline::MakeTracked<pipeline::TextReader>(pipeline::s_pKernel);
-  return reader && reader->Start() ? reader.release() : nullptr;
-}
-
-void IPLModule_TextReader_ModuleUnload(IPLModule* module) { PLTypes_ScalarDelete(module, __FILE__, __LINE__); }
+IPL_MODULE(TextReader, pipeline::TextReader);

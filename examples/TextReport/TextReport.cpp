@@ -7,6 +7,7 @@
 
 #include <ipl/IPLHost.h>
 #include <ipl/IPLKernel.h>
+#include <ipl/ModuleEntry.h>
 #include <ipl/PLString.h>
 
 #include "pipeline/LocalTime.h"
@@ -14,8 +15,6 @@
 #include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 #include "pipeline/Worker.h"
-
-IPL_DECLARE_MODULE(TextReport);
 
 namespace pipeline {
 namespace {
@@ -98,16 +97,7 @@ Status TextReport::PrintSummary(const Summary& summary) {
   return status;
 }
 
-IPLKernel* s_pKernel = nullptr;
-
 }  // namespace
 }  // namespace pipeline
 
-void IPLModule_PLModule_PutKernel(IPLKernel* kernel) { pipeline::s_pKernel = kernel; }
-
-IPLModule* IPLModule_TextReport_ModuleLoad() {
-  auto report = pipeline::MakeTracked<pipeline::TextReport>(pipeline::s_pKernel);
-  return report && report->Start() ? report.release() : nullptr;
-}
-
-void IPLModule_TextReport_ModuleUnload(IPLModule* module) { PLTypes_ScalarDelete(module, __FILE__, __LINE__); }
+IPL_MODULE(TextReport, pipeline::TextReport);

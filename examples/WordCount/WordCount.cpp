@@ -5,6 +5,7 @@
 
 #include <ipl/IPLHost.h>
 #include <ipl/IPLKernel.h>
+#include <ipl/ModuleEntry.h>
 
 #include "WordCount/ChunkGate.h"
 #include "WordCount/TextCounter.h"
@@ -12,8 +13,6 @@
 #include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 #include "pipeline/Worker.h"
-
-IPL_DECLARE_MODULE(WordCount);
 
 namespace pipeline {
 namespace {
@@ -115,16 +114,7 @@ bool WordCount::SendSummary() {
   return summary.handled;
 }
 
-IPLKernel* s_pKernel = nullptr;
-
 }  // namespace
 }  // namespace pipeline
 
-void IPLModule_PLModule_PutKernel(IPLKernel* kernel) { pipeline::s_pKernel = kernel; }
-
-IPLModule* IPLModule_WordCount_ModuleLoad() {
-  auto counter = pipeline::MakeTracked<pipeline::WordCount>(pipeline::s_pKernel);
-  return counter && counter->Start() ? counter.release() : nullptr;
-}
-
-void IPLModule_WordCount_ModuleUnload(IPLModule* module) { PLTypes_ScalarDelete(module, __FILE__, __LINE__); }
+IPL_MODULE(WordCount, pipeline::WordCount);
