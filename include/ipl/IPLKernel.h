@@ -101,7 +101,8 @@ class IPLKernel : public IPLModule {
     typedef void (*ThreadProc)(Thread* thread, void* userData);
 
     /// Starts procedure(thread, userData) on a new thread. The object can be run again when a run has ended.
-    /// name: copied, at most its first 23 bytes; null counts as empty. procedure: not null.
+    /// name: copied, at most its first 23 bytes; the system shows 15 of them; null counts as empty.
+    /// procedure: not null.
     /// Returns true if the thread was started. False: m_ThreadAlreadyRunning is stored if the object is running (the
     /// run goes on), else m_ThreadCreationFailure. [any thread] [running]
     virtual bool Run(const char* name, ThreadProc procedure, void* userData) = 0;  // slot 0

@@ -3,9 +3,11 @@
 
 #include <errno.h>
 #include <sched.h>
+#include <string.h>
 #include <time.h>
 
 #include <algorithm>
+#include <iterator>
 
 #include "foundation/ContractLayout.h"
 #include "threads/KernelLockGuard.h"
@@ -31,12 +33,32 @@ namespace {
 constexpr unsigned long kFirstStackSize = 1048576;
 constexpr unsigned char kFirstPriority = 128;
 constexpr int kUnusedTopPriorities = 5;
+constexpr size_t kSystemNameLength = 15;  // what the system keeps of a thread's name
+constexpr size_t kLongestTail = 3;        // of a UTF-8 sequence, behind its first byte
 
 // The pause that every wait for a running thread ends with; a signal does not shorten it.
 void Pause() {
   timespec rest = {0, 10000000};
   while (::nanosleep(&rest, &rest) != 0 && errno == EINTR) {
   }
+}
+
+bool IsTail(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+
+// Tells the system the calling thread's name, without half a character at its end; cuts the buffer for that. A thread
+// without a name keeps what the system gave it.
+void SetSystemName(char* name) {
+  if (name[0] == '\0') {
+    return;
+  }
+  if (::strnlen(name, kSystemNameLength + 1) > kSystemNameLength) {
+    size_t end = kSystemNameLength;
+    while (end > kSystemNameLength - kLongestTail && IsTail(name[end])) {
+      --end;
+    }
+    name[IsTail(name[end]) ? kSystemNameLength : end] = '\0';  // no UTF-8: every byte that fits
+  }
+  static_cast<void>(::pthread_setname_np(::pthread_self(), name));  // a name that fits is not refused
 }
 
 }  // namespace
@@ -169,6 +191,7 @@ void* KernelThread::StaticThreadProc(void* argument) {
   auto* self = static_cast<KernelThread*>(argument);
   ThreadProc procedure = nullptr;
   void* userData = nullptr;
+  char name[sizeof(self->m_name)];
   if (!s_gate.Enter()) {
     return nullptr;
   }
@@ -177,8 +200,10 @@ void* KernelThread::StaticThreadProc(void* argument) {
     KernelLockGuard guard(s_pThreadLock);
     procedure = self->m_pfnThreadProc;
     userData = self->m_pUserData;
+    std::copy(std::begin(self->m_name), std::end(self->m_name), name);
   }
   s_gate.Leave();
+  SetSystemName(name);
 
   procedure(self, userData);
 

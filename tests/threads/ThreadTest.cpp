@@ -150,6 +150,27 @@ TEST_F(ThreadTest, Priorities) {
   EXPECT_TRUE(thread->WaitUntilFinished(kForever));
 }
 
+// What top, gdb and perf show. At most 15 bytes, and no half character.
+TEST_F(ThreadTest, TheSystemKnowsTheName) {
+  std::string found;
+  Function body = [&found] {
+    std::getline(std::ifstream("/proc/self/task/" + std::to_string(gettid()) + "/comm"), found);
+  };
+  body();
+  const std::string own = found;
+  const std::string tails(20, '\x80');
+  const std::pair<const char*, std::string> cases[] = {
+      {"exactly 15 long", "exactly 15 long"},       {"abcdefghijklmnopqrstuvwxyz", "abcdefghijklmno"},
+      {"a clef: 01234\U0001D11E", "a clef: 01234"}, {"a clef: 012\U0001D11E!", "a clef: 012\U0001D11E"},
+      {tails.c_str(), tails.substr(0, 15)},         {nullptr, own},
+  };
+  for (const auto& [name, expected] : cases) {
+    ASSERT_TRUE(thread->Run(name, CallFunction, &body));
+    ASSERT_TRUE(thread->WaitUntilFinished(kForever));
+    EXPECT_EQ(found, expected);
+  }
+}
+
 // The system clears thread-specific data in the order of its keys; this one is made before the kernel's.
 pthread_key_t s_atExit;
 const int s_noKey = pthread_key_create(&s_atExit, [](void* function) { CallFunction(nullptr, function); });
