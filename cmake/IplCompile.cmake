@@ -31,7 +31,8 @@ add_compile_options(-funwind-tables)
 add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
 
 if(IPL_SANITIZE)
-  add_compile_options(-fsanitize=${IPL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  # Little optimisation: it is quicker to build, and reports name the lines that were written.
+  add_compile_options(-fsanitize=${IPL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -O1 -g1)
   add_link_options(-fsanitize=${IPL_SANITIZE})
 endif()
 
