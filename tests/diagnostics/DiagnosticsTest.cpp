@@ -30,7 +30,13 @@ using DiagnosticsTest = KernelFixture;
 using Trace = IPLKernel::Stacktrace;
 using Words = std::tuple<int, int, const char*>;
 
-unsigned long WithoutThumb(const void* address) { return reinterpret_cast<unsigned long>(address) & ~1UL; }
+unsigned long WithoutThumb(const void* address) {
+#ifdef __arm__
+  return reinterpret_cast<unsigned long>(address) & ~1UL;
+#else
+  return reinterpret_cast<unsigned long>(address);
+#endif
+}
 
 __attribute__((noinline)) void Recurse(int levels, const std::function<void()>& leaf) {
   levels == 0 ? leaf() : Recurse(levels - 1, leaf);
