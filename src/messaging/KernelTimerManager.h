@@ -71,8 +71,6 @@ class KernelTimerManager {
   void RecalculateGMT();
 
   unsigned long GetTimerMessageID() const { return m_timerMessageID; }
-  /// Returns a timer message to the pool. [any thread] Takes the pool lock.
-  void ReleaseTimerMessage(TimerMessage* message);
 
   /// Every timer operation passes this gate, and shut-down closes it before it ends the manager: nobody waits for the
   /// timer thread once it was told to quit.
@@ -100,7 +98,7 @@ class KernelTimerManager {
 
   // On the threads of callers.
   unsigned long Schedule(TimerCommand command, TrackedPtr<TimerRecord> record);
-  void ReturnToPool(TimerMessage* message) PL_REQUIRES(s_poolLock);
+  void ReleaseTimerMessage(TimerMessage* message) PL_REQUIRES(s_poolLock);  // to the pool, or frees it
   void WithdrawMessages(uint32_t timerID, IPLKernel::MessageQueue& queue);
   void ClearWithoutMemory(const TimerClearRecord& clear);
   IPLKernel::Message* Reserve(TimerCommand command, void* data);

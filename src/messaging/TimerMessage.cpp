@@ -20,7 +20,7 @@ unsigned long KernelTimerManager::TimerMessage::GetTimerID() { return timerID; }
 void KernelTimerManager::TimerMessage::ReleaseTimerData() {
   PosixMutexGuard guard(s_poolLock);
   if (manager == s_pLiveManager && manager != nullptr) {
-    manager->ReturnToPool(this);
+    manager->ReleaseTimerMessage(this);
   } else {
     PLTypes_ScalarDelete(this, nullptr, 0);  // does nothing to the memory when the kernel is gone
   }
@@ -45,11 +45,6 @@ KernelTimerManager::TimerMessage* KernelTimerManager::CreateTimerMessage(const I
 }
 
 void KernelTimerManager::ReleaseTimerMessage(TimerMessage* message) {
-  PosixMutexGuard guard(s_poolLock);
-  ReturnToPool(message);
-}
-
-void KernelTimerManager::ReturnToPool(TimerMessage* message) {
   const unsigned long size = m_freeMessages.GetSize();
   if (size < kMaximalPoolSize) {
     m_freeMessages.Append(message);
