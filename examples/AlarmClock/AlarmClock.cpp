@@ -4,15 +4,17 @@
 // with iplhost --wall-clock.
 #include <stdio.h>
 
+#include <ipl/ArrayRange.h>
 #include <ipl/IPLHost.h>
 #include <ipl/IPLKernel.h>
+#include <ipl/KernelOwners.h>
 #include <ipl/ModuleEntry.h>
 #include <ipl/PLArray.h>
+#include <ipl/TimerEvent.h>
 
 #include "AlarmClock/AlarmTime.h"
 #include "pipeline/Arguments.h"
 #include "pipeline/LocalTime.h"
-#include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 #include "pipeline/Worker.h"
 
@@ -29,7 +31,8 @@ struct Alarm {
 
 class AlarmClock final : public IPLModule, private pipeline::MessageHandler {
  public:
-  explicit AlarmClock(IPLKernel* kernel) : m_pKernel(kernel), m_host(kernel, "IPLHost"), m_worker(kernel, this) {}
+  explicit AlarmClock(IPLKernel* kernel)
+      : m_pKernel(kernel), m_host(ipl::AcquireModule<IPLHost>(kernel, "IPLHost")), m_worker(kernel, this) {}
   ~AlarmClock() override;
 
   bool Start();
@@ -44,10 +47,10 @@ class AlarmClock final : public IPLModule, private pipeline::MessageHandler {
   void Handle(unsigned long id, void* data) override;
   void Discard(unsigned long id, void* data) override;
   void SetAlarms();
-  void Ring(IPLKernel::TimerMessageData& fired);
+  void Ring(const ipl::TimerEvent& fired);
 
   IPLKernel* const m_pKernel;
-  const pipeline::ModuleReference<IPLHost> m_host;
+  const ipl::ModuleOwner<IPLHost> m_host;
   // Used by the worker's thread alone while that runs:
   PLArray<Alarm> m_alarms;
   unsigned long m_waiting = 0;
@@ -73,9 +76,9 @@ bool AlarmClock::Start() {
 /// The timers post to the worker's queue, so they are cleared while it is there.
 AlarmClock::~AlarmClock() {
   m_worker.Halt();
-  for (unsigned long i = 0; i < m_alarms.GetSize(); ++i) {
-    if (m_alarms[i].timerID != 0) {
-      m_pKernel->ClearTimer(m_alarms[i].timerID, *m_worker.GetQueue());
+  for (const Alarm& alarm : m_alarms) {
+    if (alarm.timerID != 0) {
+      m_pKernel->ClearTimer(alarm.timerID, *m_worker.GetQueue());
     }
   }
   m_worker.Stop();
@@ -122,27 +125,21 @@ pipeline::Status AlarmClock::Refuse(const char* word, const char* value, const c
 }
 
 void AlarmClock::Handle(unsigned long id, void* data) {
-  // First what is our own: without memory for timers the kernel gives 0 for their messages too.
   if (id == kMessageSet) {
     SetAlarms();
-  } else if (id == m_pKernel->GetTimerMessageID()) {
-    IPLKernel::TimerMessageData* fired = static_cast<IPLKernel::TimerMessageData*>(data);
-    Ring(*fired);
-    fired->ReleaseTimerData();
+  } else if (const ipl::TimerEvent fired = ipl::TakeTimerEvent(m_pKernel, id, data)) {
+    Ring(fired);
   }
 }
 
 void AlarmClock::Discard(unsigned long id, void* data) {
-  if (id != kMessageSet && id == m_pKernel->GetTimerMessageID()) {
-    static_cast<IPLKernel::TimerMessageData*>(data)->ReleaseTimerData();
-  }
+  static_cast<void>(ipl::TakeTimerEvent(m_pKernel, id, data));  // which gives it back
 }
 
 /// On the thread that hears them ring, which so knows all timers before it sees the first message of one.
 void AlarmClock::SetAlarms() {
   const IPLKernel::Time offset = m_pKernel->ConvertGMTToLocal(0);
-  for (unsigned long i = 0; i < m_alarms.GetSize(); ++i) {
-    Alarm& alarm = m_alarms[i];
+  for (Alarm& alarm : m_alarms) {
     // A time of day is a time of the first day of 1970, for the kernel.
     alarm.timerID = alarm.isTimeOfDay
                         ? m_pKernel->SetTimerGMT(LocalToGmtTimeOfDay(alarm.time, offset), *m_worker.GetQueue(), 0)
@@ -158,11 +155,11 @@ void AlarmClock::SetAlarms() {
   }
 }
 
-void AlarmClock::Ring(IPLKernel::TimerMessageData& fired) {
-  const IPLKernel::Time local = m_pKernel->ConvertGMTToLocal(fired.GetFireTimeGMT());
-  for (unsigned long i = 0; i < m_alarms.GetSize(); ++i) {
-    if (m_alarms[i].timerID == fired.GetTimerID()) {
-      printf("%s  %s %s\n", pipeline::LocalTime(m_pKernel, local).GetText(), m_alarms[i].option, m_alarms[i].value);
+void AlarmClock::Ring(const ipl::TimerEvent& fired) {
+  const IPLKernel::Time local = m_pKernel->ConvertGMTToLocal(fired.fireTimeGMT);
+  for (const Alarm& alarm : m_alarms) {
+    if (alarm.timerID == fired.timerID) {
+      printf("%s  %s %s\n", pipeline::LocalTime(m_pKernel, local).GetText(), alarm.option, alarm.value);
     }
   }
   const bool isWritten = fflush(stdout) == 0 && ferror(stdout) == 0;

@@ -5,10 +5,11 @@
 #include <unistd.h>
 
 #include <ipl/IPLKernel.h>
+#include <ipl/KernelOwners.h>
 #include <ipl/ModuleEntry.h>
+#include <ipl/TimerEvent.h>
 
 #include "pipeline/Options.h"
-#include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 #include "pipeline/Worker.h"
 
@@ -19,7 +20,7 @@ class Progress final : public IPLModule, private MessageHandler {
  public:
   explicit Progress(IPLKernel* kernel)
       : m_pKernel(kernel),
-        m_reader(kernel, "TextReader"),
+        m_reader(ipl::AcquireModule<ITextReader>(kernel, "TextReader")),
         m_bTerminal(isatty(STDERR_FILENO) != 0),
         m_worker(kernel, this) {}
   ~Progress() override;
@@ -32,7 +33,7 @@ class Progress final : public IPLModule, private MessageHandler {
   void Print(const char* lineEnd);
 
   IPLKernel* const m_pKernel;
-  ModuleReference<ITextReader> m_reader;
+  ipl::ModuleOwner<ITextReader> m_reader;
   const bool m_bTerminal;
   unsigned long m_timerID = 0;  // used by the threads that load and unload
   Worker m_worker;
@@ -61,17 +62,14 @@ Progress::~Progress() {
 }
 
 void Progress::Handle(unsigned long id, void* data) {
-  if (id == m_pKernel->GetTimerMessageID()) {
+  if (ipl::TakeTimerEvent(m_pKernel, id, data)) {
     // The cursor goes back, so that the report's lines, which are longer, write over this one.
     Print(m_bTerminal ? "\r" : "\n");
-    static_cast<IPLKernel::TimerMessageData*>(data)->ReleaseTimerData();
   }
 }
 
 void Progress::Discard(unsigned long id, void* data) {
-  if (id == m_pKernel->GetTimerMessageID()) {
-    static_cast<IPLKernel::TimerMessageData*>(data)->ReleaseTimerData();
-  }
+  static_cast<void>(ipl::TakeTimerEvent(m_pKernel, id, data));  // which gives it back
 }
 
 void Progress::Print(const char* lineEnd) {

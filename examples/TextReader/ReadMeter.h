@@ -3,9 +3,10 @@
 #define IPL_EXAMPLES_TEXTREADER_READMETER_H
 
 #include <ipl/IPLKernel.h>
+#include <ipl/KernelOwners.h>
 #include <ipl/PLThreadAnnotations.h>
+#include <ipl/ScopedLock.h>
 
-#include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 
 namespace pipeline {
@@ -14,23 +15,20 @@ namespace pipeline {
 class ReadMeter {
  public:
   ReadMeter(IPLKernel* kernel, unsigned long fileCount)
-      : m_pKernel(kernel), m_pMutex(kernel->CreateMutex()), m_start(kernel->GetKernelTime()), m_state() {
+      : m_pKernel(kernel), m_mutex(kernel->CreateMutex()), m_start(kernel->GetKernelTime()), m_state() {
     m_state.fileCount = fileCount;
   }
-  ~ReadMeter() { m_pKernel->DestroyMutex(m_pMutex); }
-  ReadMeter(const ReadMeter&) = delete;
-  ReadMeter& operator=(const ReadMeter&) = delete;
 
-  bool IsUsable() const { return m_pMutex != nullptr; }
+  bool IsUsable() const { return static_cast<bool>(m_mutex); }
 
   void Add(uint64_t bytes, unsigned long files) {
-    const LockGuard guard(m_pMutex);
+    const ipl::ScopedLock guard(*m_mutex);
     m_state.bytes += bytes;
     m_state.filesDone += files;
     m_state.elapsed = Elapsed();
   }
   ReadProgress Get() {
-    const LockGuard guard(m_pMutex);
+    const ipl::ScopedLock guard(*m_mutex);
     ReadProgress progress = m_state;
     if (progress.filesDone < progress.fileCount) {
       progress.elapsed = Elapsed();
@@ -42,9 +40,9 @@ class ReadMeter {
   IPLKernel::Time Elapsed() const { return m_pKernel->GetKernelTime().GetNanoseconds() - m_start.GetNanoseconds(); }
 
   IPLKernel* const m_pKernel;
-  IPLKernel::Mutex* const m_pMutex;  // owned
+  const ipl::MutexOwner m_mutex;
   const IPLKernel::Time m_start;
-  ReadProgress m_state PL_GUARDED_BY(m_pMutex);  // elapsed: at the last addition
+  ReadProgress m_state PL_GUARDED_BY(m_mutex);  // elapsed: at the last addition
 };
 
 }  // namespace pipeline

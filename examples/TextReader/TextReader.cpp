@@ -8,13 +8,14 @@
 
 #include <ipl/IPLHost.h>
 #include <ipl/IPLKernel.h>
+#include <ipl/KernelOwners.h>
 #include <ipl/ModuleEntry.h>
+#include <ipl/TrackedOwners.h>
 
 #include "TextReader/CharsetDecoder.h"
 #include "TextReader/ReadMeter.h"
 #include "TextReader/TextFile.h"
 #include "pipeline/Options.h"
-#include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 
 namespace pipeline {
@@ -24,8 +25,8 @@ class TextReader final : public ITextReader {
  public:
   explicit TextReader(IPLKernel* kernel)
       : m_pKernel(kernel),
-        m_host(kernel, "IPLHost"),
-        m_wordCount(kernel, "WordCount"),
+        m_host(ipl::AcquireModule<IPLHost>(kernel, "IPLHost")),
+        m_wordCount(ipl::AcquireModule<IWordCount>(kernel, "WordCount")),
         m_options(ReadOptions(kernel)),
         m_meter(kernel, m_options.fileCount),
         m_stopDescriptor(eventfd(0, EFD_CLOEXEC)),
@@ -49,8 +50,8 @@ class TextReader final : public ITextReader {
   void Report(const char* name, const char* problem, Status status);
 
   IPLKernel* const m_pKernel;
-  const ModuleReference<IPLHost> m_host;
-  const ModuleReference<IWordCount> m_wordCount;
+  const ipl::ModuleOwner<IPLHost> m_host;
+  const ipl::ModuleOwner<IWordCount> m_wordCount;
   const Options m_options;
   ReadMeter m_meter;
   const int m_stopDescriptor;  // owned; readable once the thread shall stop
@@ -155,7 +156,7 @@ TextReader::Then TextReader::ReadFile(const char* name) {
 
 /// Passes the next piece of the file on. result: how it went.
 TextReader::Then TextReader::PassOn(TextFile::Result& result) {
-  TrackedPtr<TextChunk> chunk = MakeTracked<TextChunk>();
+  ipl::TrackedOwner<TextChunk> chunk = ipl::MakeTracked<TextChunk>();
   const uint64_t byteCount = m_file.GetByteCount();
   result = chunk ? m_file.Read(chunk->text) : TextFile::Result::NoMemory;
   m_meter.Add(m_file.GetByteCount() - byteCount, 0);

@@ -7,12 +7,12 @@
 
 #include <ipl/IPLHost.h>
 #include <ipl/IPLKernel.h>
+#include <ipl/KernelOwners.h>
 #include <ipl/ModuleEntry.h>
 #include <ipl/PLString.h>
 
 #include "pipeline/LocalTime.h"
 #include "pipeline/Options.h"
-#include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 #include "pipeline/Worker.h"
 
@@ -22,7 +22,10 @@ namespace {
 class TextReport final : public ITextReport, private MessageHandler {
  public:
   explicit TextReport(IPLKernel* kernel)
-      : m_pKernel(kernel), m_host(kernel, "IPLHost"), m_bStamp(ReadOptions(kernel).stamp), m_worker(kernel, this) {}
+      : m_pKernel(kernel),
+        m_host(ipl::AcquireModule<IPLHost>(kernel, "IPLHost")),
+        m_bStamp(ReadOptions(kernel).stamp),
+        m_worker(kernel, this) {}
   ~TextReport() override { m_worker.Stop(); }
 
   bool Start() { return m_host && m_worker.Start("TextReport"); }
@@ -37,7 +40,7 @@ class TextReport final : public ITextReport, private MessageHandler {
   Status PrintSummary(const Summary& summary);
 
   IPLKernel* const m_pKernel;
-  const ModuleReference<IPLHost> m_host;
+  const ipl::ModuleOwner<IPLHost> m_host;
   const bool m_bStamp;
   bool m_bHeadPrinted = false;  // used by the worker's thread alone
   Worker m_worker;

@@ -3,6 +3,7 @@
 #define IPL_EXAMPLES_WORDCOUNT_CHUNKGATE_H
 
 #include <ipl/IPLKernel.h>
+#include <ipl/KernelOwners.h>
 #include <ipl/PLThreadAnnotations.h>
 
 namespace pipeline {
@@ -10,13 +11,11 @@ namespace pipeline {
 /// Lets only so many pieces of text be on their way at a time, so that a fast reader does not fill the memory.
 class ChunkGate {
  public:
-  explicit ChunkGate(IPLKernel* kernel)
-      : m_pKernel(kernel), m_pMutex(kernel->CreateMutex()), m_pRoom(kernel->CreateEvent(true)) {}
-  ~ChunkGate();
+  explicit ChunkGate(IPLKernel* kernel) : m_mutex(kernel->CreateMutex()), m_room(kernel->CreateEvent(true)) {}
   ChunkGate(const ChunkGate&) = delete;
   ChunkGate& operator=(const ChunkGate&) = delete;
 
-  bool IsUsable() const { return m_pMutex != nullptr && m_pRoom != nullptr; }
+  bool IsUsable() const { return m_mutex && m_room; }
   /// Returns when there is room for one more.
   void Enter();
   void Leave();
@@ -26,10 +25,9 @@ class ChunkGate {
 
   bool TryEnter();
 
-  IPLKernel* const m_pKernel;
-  IPLKernel::Mutex* const m_pMutex;  // owned
-  IPLKernel::Event* const m_pRoom;   // owned; set and cleared with the mutex held
-  unsigned int m_inside PL_GUARDED_BY(m_pMutex) = 0;
+  const ipl::MutexOwner m_mutex;
+  const ipl::EventOwner m_room;  // set and cleared with the mutex held
+  unsigned int m_inside PL_GUARDED_BY(m_mutex) = 0;
 };
 
 }  // namespace pipeline

@@ -5,12 +5,13 @@
 
 #include <ipl/IPLHost.h>
 #include <ipl/IPLKernel.h>
+#include <ipl/KernelOwners.h>
 #include <ipl/ModuleEntry.h>
+#include <ipl/TrackedOwners.h>
 
 #include "WordCount/ChunkGate.h"
 #include "WordCount/TextCounter.h"
 #include "WordCount/WordTable.h"
-#include "pipeline/Ownership.h"
 #include "pipeline/Pipeline.h"
 #include "pipeline/Worker.h"
 
@@ -20,8 +21,8 @@ namespace {
 class WordCount final : public IWordCount, private MessageHandler {
  public:
   explicit WordCount(IPLKernel* kernel)
-      : m_host(kernel, "IPLHost"),
-        m_report(kernel, "TextReport"),
+      : m_host(ipl::AcquireModule<IPLHost>(kernel, "IPLHost")),
+        m_report(ipl::AcquireModule<ITextReport>(kernel, "TextReport")),
         m_gate(kernel),
         m_words(kernel),
         m_counter(&m_words),
@@ -41,8 +42,8 @@ class WordCount final : public IWordCount, private MessageHandler {
   bool EndFile(const char* name);
   bool SendSummary();
 
-  const ModuleReference<IPLHost> m_host;
-  const ModuleReference<ITextReport> m_report;
+  const ipl::ModuleOwner<IPLHost> m_host;
+  const ipl::ModuleOwner<ITextReport> m_report;
   ChunkGate m_gate;
   // Used by the worker's thread alone:
   WordTable m_words;
@@ -66,7 +67,7 @@ void WordCount::Handle(unsigned long id, void* data) {
   m_host->BeginWork();
   bool complete = true;
   if (id == kMessageText) {
-    const TrackedPtr<TextChunk> chunk(static_cast<TextChunk*>(data));
+    const ipl::TrackedOwner<TextChunk> chunk(static_cast<TextChunk*>(data));
     complete = m_counter.Add(chunk->text);
     m_gate.Leave();
   } else if (id == kMessageEndOfFile) {
@@ -86,7 +87,7 @@ void WordCount::Handle(unsigned long id, void* data) {
 
 void WordCount::Discard(unsigned long id, void* data) {
   if (id == kMessageText) {
-    const TrackedPtr<TextChunk> chunk(static_cast<TextChunk*>(data));
+    const ipl::TrackedOwner<TextChunk> chunk(static_cast<TextChunk*>(data));
     m_gate.Leave();
   }
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pipeline/Worker.h"
 
-#include "pipeline/Ownership.h"
+#include <ipl/ScopedLock.h>
 
 namespace pipeline {
 
@@ -18,7 +18,7 @@ bool Worker::Start(const char* name) {
 
 /// Stopping must not fail for want of memory, so its message is made at the start and taken aside.
 bool Worker::PrepareStopMessage() {
-  const LockGuard guard(m_pQueue);
+  const ipl::ScopedLock guard(*m_pQueue);
   m_pQueue->Post(0, nullptr);
   if (m_pQueue->GetLength() == 0) {
     return false;
@@ -33,7 +33,7 @@ bool Worker::PrepareStopMessage() {
 void Worker::PutStopMessage() {
   for (;;) {
     {
-      const LockGuard guard(m_pQueue);
+      const ipl::ScopedLock guard(*m_pQueue);
       const unsigned long length = m_pQueue->GetLength();
       m_pQueue->InsertAt(0, m_pStopMessage);
       if (m_pQueue->GetLength() > length) {
@@ -72,7 +72,7 @@ void Worker::Stop() {
 
 bool Worker::Post(unsigned long id, void* data) {
   // Post tells nothing, but while the lock is held nobody else changes the length.
-  const LockGuard guard(m_pQueue);
+  const ipl::ScopedLock guard(*m_pQueue);
   const unsigned long length = m_pQueue->GetLength();
   m_pQueue->Post(id, data);
   return m_pQueue->GetLength() > length;

@@ -13,6 +13,10 @@
 /// the object itself.
 #define IPL_PRINTF(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))
 
+/// Marks the functions of the optional layer (namespace ipl), which become part of their callers: a module that uses
+/// them has no symbol of them, at any level of optimisation.
+#define IPL_ALWAYS_INLINE inline __attribute__((always_inline))
+
 /// Lets the library's own build check where the fields of a class lie. Never defined for others.
 template <typename T>
 struct PLContractLayout;
