@@ -9,6 +9,35 @@
 #include <ipl/IPLKernel.h>
 #include <ipl/PLMem.h>
 
+/// For PLArray alone, and the same for every element type: returns a buffer for size elements or more, its unused part
+/// zero, and their number in capacity. It holds what was in data if the elements are plain data. Null, with capacity as
+/// it was, if memory is exhausted or a size does not fit 32 bits.
+inline void* PLArray_Grow(const void* data, uint32_t used, uint32_t& capacity, unsigned long size,
+                          unsigned long elementSize, bool plainData) {
+  uint64_t count = size;
+  if (capacity != 0) {
+    const uint64_t step = 2 * static_cast<uint64_t>(capacity);
+    count = step * (size / step + 1);
+  }
+  if (count > (UINT32_MAX - 8) / elementSize) {
+    return nullptr;
+  }
+  const unsigned long byteCount = static_cast<unsigned long>(count) * elementSize;
+  void* const memory = operator new(0, static_cast<unsigned int>(byteCount), nullptr, 0,
+                                    static_cast<PLMem_Selector_PL_MALLOC_FREE*>(nullptr));
+  if (memory == nullptr) {
+    return nullptr;
+  }
+  IPLKernel* kernel = IPLKernel::GetKernel();
+  if (plainData && data != nullptr) {
+    kernel->memcpy(memory, data, capacity * elementSize);
+  }
+  const unsigned long usedBytes = plainData ? used * elementSize : 0;
+  kernel->memset(static_cast<char*>(memory) + usedBytes, 0, byteCount - usedBytes);
+  capacity = static_cast<uint32_t>(count);
+  return memory;
+}
+
 /// A growable array of pointers, numbers or other trivially copyable values.
 ///
 /// It takes its memory from the tracked allocation and moves and clears it with the kernel's memcpy, memmove and
@@ -117,35 +146,20 @@ class PLArray {
 
   /// Moves the elements to a buffer of size elements or more.
   bool Grow(unsigned long size) {
-    uint64_t capacity = size;
-    if (m_capacity != 0) {
-      const uint64_t step = 2 * static_cast<uint64_t>(m_capacity);
-      capacity = step * (size / step + 1);
-    }
-    if (capacity > (UINT32_MAX - 8) / sizeof(T)) {
-      return false;
-    }
-    void* memory = operator new(0, static_cast<unsigned int>(capacity * sizeof(T)), nullptr, 0,
-                                static_cast<PLMem_Selector_PL_MALLOC_FREE*>(nullptr));
+    uint32_t capacity = m_capacity;
+    T* const oldData = m_pData;
+    void* const memory = PLArray_Grow(oldData, m_size, capacity, size, sizeof(T), m_bPlainData);
     if (memory == nullptr) {
       return false;
     }
-    T* buffer = static_cast<T*>(memory);
-    IPLKernel* kernel = IPLKernel::GetKernel();
-    if (m_bPlainData) {
-      if (m_pData != nullptr) {
-        kernel->memcpy(buffer, m_pData, ByteCount(m_capacity));
-      }
-      kernel->memset(buffer + m_size, 0, ByteCount(static_cast<unsigned long>(capacity) - m_size));
-    } else {
-      kernel->memset(buffer, 0, ByteCount(static_cast<unsigned long>(capacity)));
+    m_pData = static_cast<T*>(memory);
+    m_capacity = capacity;
+    if (!m_bPlainData) {
       for (uint32_t i = 0; i < m_size; ++i) {
-        buffer[i] = m_pData[i];
+        m_pData[i] = oldData[i];
       }
     }
-    FreeBuffer(m_pData);
-    m_pData = buffer;
-    m_capacity = static_cast<uint32_t>(capacity);
+    FreeBuffer(oldData);
     return true;
   }
 

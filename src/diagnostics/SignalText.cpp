@@ -5,18 +5,19 @@
 
 namespace {
 
-constexpr const char* kSignalNames[] = {
-    nullptr,   "SIGHUP",  "SIGINT",    "SIGQUIT", "SIGILL",   "SIGTRAP", "SIGABRT", "SIGBUS",
+// Text stands in the tables themselves: pointers would be relocated in every process that loads the library.
+constexpr char kSignalNames[][10] = {
+    "",        "SIGHUP",  "SIGINT",    "SIGQUIT", "SIGILL",   "SIGTRAP", "SIGABRT", "SIGBUS",
     "SIGFPE",  "SIGKILL", "SIGUSR1",   "SIGSEGV", "SIGUSR2",  "SIGPIPE", "SIGALRM", "SIGTERM",
-    nullptr,   "SIGCHLD", "SIGCONT",   "SIGSTOP", "SIGTSTP",  "SIGTTIN", "SIGTTOU", "SIGURG",
+    "",        "SIGCHLD", "SIGCONT",   "SIGSTOP", "SIGTSTP",  "SIGTTIN", "SIGTTOU", "SIGURG",
     "SIGXCPU", "SIGXFSZ", "SIGVTALRM", "SIGPROF", "SIGWINCH", "SIGIO",   "SIGPWR",  "SIGSYS",
 };
 constexpr int kSignalNameCount = sizeof(kSignalNames) / sizeof(kSignalNames[0]);
 
 struct CodeText {
-  int signal;  // 0: every signal
-  int code;
-  const char* text;
+  short signal;  // 0: every signal
+  short code;
+  char text[34];
 };
 
 constexpr CodeText kCodeTexts[] = {
@@ -66,7 +67,7 @@ constexpr CodeText kCodeTexts[] = {
 }  // namespace
 
 const char* FindSignalName(int signal) {
-  return signal > 0 && signal < kSignalNameCount ? kSignalNames[signal] : nullptr;
+  return signal > 0 && signal < kSignalNameCount && kSignalNames[signal][0] != '\0' ? kSignalNames[signal] : nullptr;
 }
 
 const char* FindSignalDescription(int code, int signal) {

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "foundation/Utf.h"
 
+#include "foundation/UtfBlocks.h"
+
 namespace {
 
 constexpr uint32_t kReplacement = 0xFFFD;
 
 // What the markers of a sequence's bytes add up to when they are shifted along with the payload, by sequence length.
 constexpr uint32_t kMarkerSum[] = {0, 0x00000000, 0x00003080, 0x000E2080, 0x03C82080, 0xFA082080, 0x82082080};
-
-constexpr uint32_t kFirstByteMark[] = {0x00, 0x00, 0xC0, 0xE0, 0xF0};
 
 constexpr unsigned int SequenceLength(unsigned char lead) {
   if (lead < 0xC0) {
@@ -30,15 +30,8 @@ constexpr bool IsSurrogate(uint32_t value) { return value >= 0xD800 && value <= 
 constexpr bool IsHighSurrogate(uint32_t value) { return value >= 0xD800 && value <= 0xDBFF; }
 constexpr bool IsLowSurrogate(uint32_t value) { return value >= 0xDC00 && value <= 0xDFFF; }
 
-unsigned int EncodedLength(uint32_t value) {
-  if (value < 0x80) {
-    return 1;
-  }
-  if (value < 0x800) {
-    return 2;
-  }
-  return value < 0x10000 ? 3 : 4;
-}
+// Blocks of ASCII are tried for only where a few such characters in a row promise more of them: a failed try costs.
+constexpr unsigned int kPromising = 2;
 
 }  // namespace
 
@@ -62,50 +55,121 @@ unsigned int DecodeUtf8Sequence(const unsigned char* bytes, unsigned short& unit
 }
 
 unsigned long DecodeUtf8(const unsigned char* bytes, unsigned long count, unsigned short* units) {
-  unsigned long position = 0;
-  while (position < count && bytes[position] < 0xC0) {
-    units[position] = bytes[position];
-    ++position;
-  }
-  unsigned long written = position;
-  while (position < count && SequenceLength(bytes[position]) <= count - position) {
+  const unsigned char* const end = bytes + count;
+  const unsigned short* const first = units;
+  unsigned int run = 0;  // ASCII characters before this position
+  while (bytes != end) {
+    const unsigned char lead = *bytes;
+    if (lead < 0x80) {
+      if (lead == 0) {
+        break;
+      }
+      *units++ = lead;
+      ++bytes;
+      if (++run == kPromising) {
+        const unsigned long widened = WidenAsciiRun(bytes, static_cast<unsigned long>(end - bytes), units);
+        bytes += widened;
+        units += widened;
+        run = 0;
+      }
+      continue;
+    }
+    run = 0;
+    if (lead < 0xC0) {
+      *units++ = lead;
+      ++bytes;
+      continue;
+    }
+    // The frequent lengths without a loop, where the outcome is usual text.
+    const auto left = static_cast<unsigned long>(end - bytes);
+    if (lead < 0xE0 && left >= 2) {
+      const uint32_t value = (static_cast<uint32_t>(lead) << 6) + bytes[1] - kMarkerSum[2];
+      if (value - 1 < 0x7FFF) {
+        *units++ = static_cast<unsigned short>(value);
+        bytes += 2;
+        continue;
+      }
+    } else if (lead < 0xF0 && left >= 3) {
+      const uint32_t value =
+          (static_cast<uint32_t>(lead) << 12) + (static_cast<uint32_t>(bytes[1]) << 6) + bytes[2] - kMarkerSum[3];
+      if (value - 1 < 0xD800 - 1) {
+        *units++ = static_cast<unsigned short>(value);
+        bytes += 3;
+        continue;
+      }
+    }
+    if (lead >= 0xF0 && lead < 0xF8 && left >= 4) {
+      const uint32_t value = (static_cast<uint32_t>(lead) << 18) + (static_cast<uint32_t>(bytes[1]) << 12) +
+                             (static_cast<uint32_t>(bytes[2]) << 6) + bytes[3] - kMarkerSum[4];
+      if (value - 0x10000 < 0x100000) {
+        units[0] = static_cast<unsigned short>(0xD7C0 + (value >> 10));
+        units[1] = static_cast<unsigned short>(0xDC00 + (value & 0x3FF));
+        units += 2;
+        bytes += 4;
+        continue;
+      }
+    }
+    if (SequenceLength(lead) > left) {
+      break;
+    }
     unsigned short second = 0;
-    position += DecodeUtf8Sequence(bytes + position, units[written], second);
-    ++written;
+    bytes += DecodeUtf8Sequence(bytes, *units, second);
+    if (*units == 0) {
+      break;
+    }
+    ++units;
     if (second != 0) {
-      units[written++] = second;
+      *units++ = second;
     }
   }
-  return written;
+  return static_cast<unsigned long>(units - first);
 }
 
-uint64_t MaximalUtf8Size(const unsigned short* units, unsigned long count) {
+uint64_t MaximalUtf8Size(const unsigned short* units, unsigned long& count) {
   uint64_t size = 0;
-  for (unsigned long i = 0; i < count; ++i) {
-    size += EncodedLength(units[i]);
+  unsigned long i = CountUtf8Bytes(units, count, size);
+  for (; i < count && units[i] != 0; ++i) {
+    size += 1U + (units[i] >= 0x80 ? 1U : 0U) + (units[i] >= 0x800 ? 1U : 0U);
   }
+  count = i;
   return size;
 }
 
 unsigned long EncodeUtf8(const unsigned short* units, unsigned long count, char* bytes) {
-  unsigned long written = 0;
-  for (unsigned long i = 0; i < count; ++i) {
-    uint32_t value = units[i];
-    if (IsHighSurrogate(value)) {
-      if (i + 1 < count && IsLowSurrogate(units[i + 1])) {
-        value = ((value - 0xD800) << 10) + (units[i + 1] - 0xDC00U) + 0x10000;
-        ++i;
-      } else {
-        value = kReplacement;
+  char* out = bytes;
+  unsigned int run = 0;  // ASCII characters before this position
+  for (unsigned long i = 0; i < count;) {
+    uint32_t value = units[i++];
+    if (value < 0x80) {
+      *out++ = static_cast<char>(value);
+      if (++run == kPromising) {
+        const unsigned long narrowed = NarrowAsciiRun(units + i, count - i, out);
+        i += narrowed;
+        out += narrowed;
+        run = 0;
       }
+      continue;
     }
-    const unsigned int length = EncodedLength(value);
-    for (unsigned int position = length - 1; position > 0; --position) {
-      bytes[written + position] = static_cast<char>(0x80 | (value & 0x3F));
-      value >>= 6;
+    run = 0;
+    if (value < 0x800) {
+      *out++ = static_cast<char>(0xC0 | value >> 6);
+      *out++ = static_cast<char>(0x80 | (value & 0x3F));
+      continue;
     }
-    bytes[written] = static_cast<char>(kFirstByteMark[length] | value);
-    written += length;
+    if (IsHighSurrogate(value)) {
+      if (i < count && IsLowSurrogate(units[i])) {
+        value = ((value - 0xD800) << 10) + (units[i++] - 0xDC00U) + 0x10000;
+        *out++ = static_cast<char>(0xF0 | value >> 18);
+        *out++ = static_cast<char>(0x80 | (value >> 12 & 0x3F));
+        *out++ = static_cast<char>(0x80 | (value >> 6 & 0x3F));
+        *out++ = static_cast<char>(0x80 | (value & 0x3F));
+        continue;
+      }
+      value = kReplacement;
+    }
+    *out++ = static_cast<char>(0xE0 | value >> 12);
+    *out++ = static_cast<char>(0x80 | (value >> 6 & 0x3F));
+    *out++ = static_cast<char>(0x80 | (value & 0x3F));
   }
-  return written;
+  return static_cast<unsigned long>(out - bytes);
 }

@@ -15,7 +15,7 @@ struct FileClose {
 };
 
 struct Field {
-  const char* label;
+  char label[12];
   unsigned long labelLength;
   unsigned long long MemoryInfo::*value;
 };
