@@ -4,12 +4,13 @@
 
 #include <ipl/PLArray.h>
 
-// Lets a range-based for walk over a PLArray:
-//
-//   for (int& number : numbers) ...
-//
-// These stand outside of namespace ipl, where the language looks for those of a PLArray. The pointers are valid until
-// the array's size changes: the body of the loop inserts and removes nothing. [owner] They take no lock.
+/// @file
+/// Lets a range-based for walk over a PLArray:
+///
+///     for (int& number : numbers) ...
+///
+/// These functions stand outside of namespace ipl, where the language looks for those of a PLArray. The pointers are
+/// valid until the array's size changes: the body of the loop inserts and removes nothing. [owner] They take no lock.
 
 /// Returns the first element; null, as does end, for an empty array.
 template <typename T>

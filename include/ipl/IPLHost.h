@@ -5,10 +5,13 @@
 #include <ipl/IPLKernel.h>
 #include <ipl/IPLModule.h>
 
+/// @file
+/// The interface of iplhost for modules.
+
 /// Where modules tell the program iplhost that their work is done. It is the module object of the module "IPLHost",
 /// which lies beside iplhost: a module acquires it by that name in its load entry and releases it when it is unloaded.
 ///
-///   IPLHost* host = static_cast<IPLHost*>(kernel->AcquireModule("IPLHost"));
+///     IPLHost* host = static_cast<IPLHost*>(kernel->AcquireModule("IPLHost"));
 ///
 /// iplhost ends when work was begun and all of it has ended. When no module ever begins work it runs until SIGINT or
 /// SIGTERM. In either case it then releases its modules; one that is unloaded in the middle of its work stops, and need

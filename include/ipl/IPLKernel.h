@@ -11,33 +11,36 @@
 
 class PLString;
 
+/// @file
+/// The kernel's interface and the values in it. The functions of this file take no lock.
+
 /// The kernel's interface: a fixed table of virtual operations through which a module reaches every service.
 ///
 /// THE ORDER OF THE VIRTUAL OPERATIONS IS THE CONTRACT WITH MODULES THAT CANNOT BE COMPILED AGAIN. Nothing is inserted,
 /// removed, reordered or given another signature, here or in a nested class. The number of each operation's slot in the
 /// table stands behind it; slots 0 and 1 of this class are the destructor's.
 ///
-/// Tags, defined in docs/abi.md:
-///   [any thread]  every thread may call it at any time, several at once
-///   [owner]       one thread at a time may call it on an object; the owner sees to that
-///   [blocks]      it may wait for another thread
-///   [running]     it needs a kernel that was initialised and is not shut down; otherwise it fails as its comment says
-///
-/// No exception leaves an operation. Where an error is stored it is the calling thread's last error (GetLastError);
-/// success stores nothing. unsigned long is 32 bits wide on the device.
+/// Each operation has tags, defined in docs/abi.md: "any thread", "owner", "blocks", "running". It takes no lock of the
+/// kernel unless it names one. No exception leaves an operation. It stores an error only where its comment says so, as
+/// the calling thread's last error (GetLastError); success stores nothing. unsigned long is 32 bits wide on the device.
 class IPLKernel : public IPLModule {
  public:
   /// A count of nanoseconds, signed: a duration, an instant of the kernel's clock, or an instant counted from
   /// 1970-01-01 00:00:00 GMT or local time. The largest value means for ever. Trivially copyable, 8 bytes.
+  /// [owner] No lock is taken.
   class Time {
    public:
+    /// 0 nanoseconds.
     constexpr Time() : m_nanoseconds(0) {}
+    /// A count of nanoseconds.
     constexpr Time(int64_t nanoseconds) : m_nanoseconds(nanoseconds) {}  // NOLINT: a count is a Time
+    /// The largest value: for ever.
     static constexpr Time Forever() { return Time(INT64_MAX); }
-    /// A count that does not fit gives the value at that end of the range.
+    /// A count of milliseconds; one that does not fit gives the value at that end of the range.
     static constexpr Time Milliseconds(int64_t count) {
       return Time(count > INT64_MAX / 1000000 ? INT64_MAX : count < INT64_MIN / 1000000 ? INT64_MIN : count * 1000000);
     }
+    /// Returns the count.
     constexpr int64_t GetNanoseconds() const { return m_nanoseconds; }
 
    private:
@@ -58,9 +61,9 @@ class IPLKernel : public IPLModule {
   /// and gives it back as many times.
   class PL_CAPABILITY("mutex") Lockable {
    public:
-    /// Returns when the calling thread holds the lock. [any thread] [blocks]
+    /// Returns when the calling thread holds the lock. [any thread] [blocks] Takes this lock.
     virtual void Lock() PL_ACQUIRE() = 0;  // slot 0
-    /// Gives the lock back once. Only its holder may call it.
+    /// Gives the lock back once. [any thread] that holds it.
     virtual void Unlock() PL_RELEASE() = 0;  // slot 1
     virtual ~Lockable() {}                   // slots 2, 3
   };
@@ -68,7 +71,8 @@ class IPLKernel : public IPLModule {
   /// A recursive mutex. Made by CreateMutex, given back with DestroyMutex when no thread holds it or waits for it.
   class Mutex : public Lockable {
    public:
-    /// Takes the mutex if that needs no waiting. Returns whether the calling thread now holds it. [any thread]
+    /// Takes the mutex if that needs no waiting. Returns whether the calling thread now holds it. [any thread] Takes
+    /// this lock.
     virtual bool TryLock() PL_TRY_ACQUIRE(true) = 0;  // slot 4
   };
 
@@ -98,6 +102,7 @@ class IPLKernel : public IPLModule {
   /// Each operation takes the lock that all thread objects share; none is held while a procedure runs.
   class Thread {
    public:
+    /// What a thread runs: with its object, and the pointer that Run was given.
     typedef void (*ThreadProc)(Thread* thread, void* userData);
 
     /// Starts procedure(thread, userData) on a new thread. The object can be run again when a run has ended.
@@ -139,7 +144,7 @@ class IPLKernel : public IPLModule {
   };
 
   /// A message of a queue. It belongs to the queue until it is taken out, then to the receiver, who gives it back with
-  /// MessageQueue::ReleaseMessage.
+  /// MessageQueue::ReleaseMessage. [owner] No lock is taken.
   class Message {
    public:
     /// Returns the identifier that the sender chose.
@@ -163,9 +168,9 @@ class IPLKernel : public IPLModule {
     virtual void Send(unsigned long id, void* data) = 0;  // slot 4
     /// Puts a message at the back. [any thread] Takes the queue's lock.
     virtual void Post(unsigned long id, void* data) = 0;  // slot 5
-    /// As Send, at the front: it is received next.
+    /// As Send, at the front: it is received next. [any thread] [blocks] Takes the queue's lock, and waits without it.
     virtual void SendFront(unsigned long id, void* data) = 0;  // slot 6
-    /// As Post, at the front: it is received next.
+    /// As Post, at the front: it is received next. [any thread] Takes the queue's lock.
     virtual void PostFront(unsigned long id, void* data) = 0;  // slot 7
     /// Takes out the first message; waits for one if there is none. timeout: as for Event::Wait.
     /// Returns the message, which the caller releases. Null: timed out, PLError_Timeout is stored; or another thread
@@ -174,27 +179,33 @@ class IPLKernel : public IPLModule {
     /// Gives a message back that was taken out of a queue: a posted one is freed, the sender of a sent one goes on.
     /// Once for each message; the caller must not use the message afterwards. [any thread] Takes no queue's lock.
     virtual void ReleaseMessage(Message* message) = 0;  // slot 9
-    /// Returns the number of messages. [owner] Needs the lock, as all that follow.
+    /// Returns the number of messages. [owner] Its caller holds the queue's lock.
     virtual unsigned long GetLength() = 0;  // slot 10
     /// Returns the message at index, which stays in the queue. index < GetLength().
+    /// [owner] Its caller holds the queue's lock.
     virtual Message* GetAt(unsigned long index) = 0;  // slot 11
     /// Replaces the entry at index; the old message is not released. index < GetLength(). message: from any queue.
+    /// [owner] Its caller holds the queue's lock.
     virtual void SetAt(unsigned long index, Message* message) = 0;  // slot 12
     /// Takes the message at index out without releasing it. index < GetLength().
+    /// [owner] Its caller holds the queue's lock.
     virtual void RemoveAt(unsigned long index) = 0;  // slot 13
     /// Puts a message before the one at index. index <= GetLength(). message: from any queue.
+    /// [owner] Its caller holds the queue's lock.
     virtual void InsertAt(unsigned long index, Message* message) = 0;  // slot 14
-    /// Puts a message at the back. message: from any queue.
+    /// Puts a message at the back. message: from any queue. [owner] Its caller holds the queue's lock.
     virtual void Append(Message* message) = 0;  // slot 15
-    /// Takes all messages out without releasing them.
+    /// Takes all messages out without releasing them. [owner] Its caller holds the queue's lock.
     virtual void RemoveAll() = 0;  // slot 16
   };
 
-  /// What the message of a timer points to. It belongs to the receiver of the message. [owner]
+  /// What the message of a timer points to. It belongs to the receiver of the message. [owner] No lock is taken but the
+  /// one that an operation names.
   class TimerMessageData {
    public:
     /// Gives the object back to the kernel. The receiver calls it once, when it is done with the message; then nothing
-    /// that the operations below returned may be used. May be called while the kernel shuts down and afterwards.
+    /// that the operations below returned may be used. May be called while the kernel shuts down and afterwards. Takes
+    /// the lock of the pool of timer messages, for a moment.
     virtual void ReleaseTimerData() = 0;  // slot 0
     /// Returns the kernel's time when the timer fired. The reference is the object's.
     virtual const Time& GetFireTimeKernel() = 0;  // slot 1
@@ -222,10 +233,12 @@ class IPLKernel : public IPLModule {
   /// Returns the kernel object of this process, null before it was created and after it was destroyed. [any thread]
   IPL_API static IPLKernel* GetKernel();
 
-  // Modules -----------------------------------------------------------------------------------------------------------
+  /// @name Modules
+  /// @{
 
   /// Acquires the module name from the library that the module map gives for it, or else from the executable's
   /// directory + "/lib" + name + ".so". Otherwise as the next operation.
+  /// [any thread] [blocks] [running] Holds the module mutex, also while the module's entries run.
   virtual IPLModule* AcquireModule(const char* name) = 0;  // slot 2
   /// Acquires the module name. path: its library (one without a '/' lies in the current directory), or null for the
   /// default. Loads the module if it is not loaded by this name and path, else counts one reference more. The name
@@ -241,11 +254,15 @@ class IPLKernel : public IPLModule {
   /// [any thread] [blocks] [running] Holds the module mutex, also while the module's unload entry runs.
   virtual void ReleaseModule(IPLModule* module) = 0;  // slot 4
 
-  // Threads, last error, mutexes and events ---------------------------------------------------------------------------
+  /// @}
+
+  /// @name Threads, last error, mutexes and events
+  /// @{
 
   /// Returns a new idle thread object, which the caller owns; null if memory is exhausted. [any thread]
   virtual Thread* CreateThread() = 0;  // slot 5
   /// Destroys a thread object. Ignores null. A running one is detached instead (Thread::Detach). [any thread]
+  /// Takes the lock that all thread objects share.
   virtual void DestroyThread(Thread* thread) = 0;  // slot 6
   /// Returns the calling thread's object; null on a thread that the kernel did not create. [any thread]
   virtual Thread* GetCurrentThread() = 0;  // slot 7
@@ -267,7 +284,10 @@ class IPLKernel : public IPLModule {
   /// Destroys an event. Ignores null. [owner]
   virtual void DestroyEvent(Event* event) = 0;  // slot 14
 
-  // Stack traces ------------------------------------------------------------------------------------------------------
+  /// @}
+
+  /// @name Stack traces
+  /// @{
 
   /// Returns the calling thread's stack trace, which the caller owns; null if memory is exhausted. skip: the number of
   /// innermost frames to leave out. maxDepth: how far to walk, at most 32; three frames of the kernel's own and those
@@ -276,7 +296,10 @@ class IPLKernel : public IPLModule {
   /// Destroys a stack trace. Ignores null. [owner]
   virtual void DestroyStacktrace(Stacktrace* stacktrace) = 0;  // slot 16
 
-  // Memory (PLMem.h gives operators on top) ---------------------------------------------------------------------------
+  /// @}
+
+  /// @name Memory (PLMem.h gives operators on top)
+  /// @{
 
   /// As malloc. file and line name the caller; file may be null. Returns null if memory is exhausted. [any thread]
   virtual void* Alloc(unsigned long size, const char* file, int line) = 0;  // slot 17
@@ -285,7 +308,10 @@ class IPLKernel : public IPLModule {
   /// As free. [any thread]
   virtual void Free(void* block, const char* file, int line) = 0;  // slot 19
 
-  // Time --------------------------------------------------------------------------------------------------------------
+  /// @}
+
+  /// @name Time
+  /// @{
 
   /// Returns the time of the kernel's clock, which never jumps; 0 if the clock fails. [any thread]
   virtual Time GetKernelTime() = 0;  // slot 20
@@ -297,12 +323,14 @@ class IPLKernel : public IPLModule {
   virtual void SetTimeGMT(const Time& gmt) = 0;  // slot 22
   /// Returns GMT: the kernel's time plus an offset. [any thread] Takes the state mutex.
   virtual Time GetTimeGMT() = 0;  // slot 23
-  /// Sets GMT so that local time reads local. As SetTimeGMT and GetTimeLocal.
+  /// Sets GMT so that local time reads local, as SetTimeGMT does. [any thread but the timer thread] [blocks] Takes the
+  /// locks that SetTimeGMT and GetTimeLocal take, one after the other.
   virtual void SetTimeLocal(const Time& local) = 0;  // slot 24
   /// Returns local time: GMT plus the offset that the platform's TV service gave first; GMT without the service.
   /// [any thread] [blocks] Takes the lock of the locale service while the service is asked, and no other meanwhile.
   virtual Time GetTimeLocal() = 0;  // slot 25
-  /// Returns the local time of a GMT instant. As GetTimeLocal.
+  /// Returns the local time of a GMT instant. Otherwise as GetTimeLocal. [any thread] [blocks] Takes the lock of the
+  /// locale service.
   virtual Time ConvertGMTToLocal(const Time& gmt) = 0;  // slot 26
   /// Breaks a time, truncated toward zero to seconds, into calendar fields; applies no time zone. 1970-01-01 00:00:00
   /// if that fails. [any thread] Takes the state mutex.
@@ -311,40 +339,52 @@ class IPLKernel : public IPLModule {
   /// Instants beyond 32 bits of seconds count as the nearest that fits. [any thread] Takes the state mutex.
   virtual Time GetDayLightSavingTimeBias(const Time& time) = 0;  // slot 28
 
-  // Timers ------------------------------------------------------------------------------------------------------------
-  //
-  // A timer that is due posts a message to its queue: its ID is GetTimerMessageID(), its data a TimerMessageData. All
-  // operations are [any thread but the timer thread] [blocks] [running]; the first one starts the timer thread, under
-  // the state mutex, and each waits without a lock until that thread has taken the request. They return 0 and do
-  // nothing when the kernel is not running or is shutting down, and when memory is exhausted.
-  //
-  // The timer thread takes the lock of a queue to post to it. Whoever sets or clears a timer, or sets a clock, while it
-  // holds the lock of a queue that has timers may wait for that thread while that thread waits for it: for ever.
-  // A queue is one of CreateMessageQueue, and its timers are cleared before it is destroyed. A message that finds no
-  // memory is lost; a periodic timer goes on.
+  /// @}
 
-  /// Returns the ID of every timer's messages; the same until the kernel is unloaded.
+  /// @name Timers
+  /// A timer that is due posts a message to its queue: its ID is GetTimerMessageID(), its data a TimerMessageData. All
+  /// operations are [any thread but the timer thread] [blocks] [running]; the first one starts the timer thread, under
+  /// the state mutex, and each waits without a lock until that thread has taken the request. They return 0 and do
+  /// nothing when the kernel is not running or is shutting down, and when memory is exhausted.
+  ///
+  /// The timer thread takes the lock of a queue to post to it. Whoever sets or clears a timer, or sets a clock, while
+  /// it holds the lock of a queue that has timers may wait for that thread while that thread waits for it: for ever. A
+  /// queue is one of CreateMessageQueue, and its timers are cleared before it is destroyed. A message that finds no
+  /// memory is lost; a periodic timer goes on.
+  /// @{
+
+  /// Returns the ID of every timer's messages; the same until the kernel is unloaded. 0: not running, or no memory.
+  /// [any thread but the timer thread] [running] Only the first operation of timers takes the state mutex.
   virtual unsigned long GetTimerMessageID() = 0;  // slot 29
   /// Fires after delay on the kernel's clock, and if periodic again each time delay after it fired. A delay of zero or
-  /// less fires once, soon. Returns the timer's identifier.
+  /// less fires once, soon. Returns the timer's identifier; 0: not running, or no memory.
+  /// [any thread but the timer thread] [blocks] [running] Waits without a lock.
   virtual unsigned long SetTimer(const Time& delay, MessageQueue& queue, bool periodic) = 0;  // slot 30
   /// Fires at an instant of GMT, and if period is positive again each time period after it fired. An instant of the
   /// first day of 1970 that is past is a time of day: it fires when that time comes next. One before 1970 counts back
   /// from today's midnight, or tomorrow's if that is past, and may be past even so: then it fires at once. Another one
-  /// that is past fires before this returns. Returns the timer's identifier.
+  /// that is past fires before this returns. Returns the timer's identifier; 0: not running, or no memory.
+  /// [any thread but the timer thread] [blocks] [running] Waits without a lock.
   virtual unsigned long SetTimerGMT(const Time& instant, MessageQueue& queue, const Time& period) = 0;  // slot 31
   /// Ends a timer of this queue and takes its messages out of it: when this returns none is there and none comes. With
   /// another queue than the timer's it only takes out messages. Needs no memory.
+  /// [any thread but the timer thread] [blocks] [running] Waits without a lock, then takes that of the queue.
   virtual void ClearTimer(unsigned long timerID, MessageQueue& queue) = 0;  // slot 32
 
-  // Message queues ----------------------------------------------------------------------------------------------------
+  /// @}
+
+  /// @name Message queues
+  /// @{
 
   /// Returns a new empty queue, which the caller owns; null if memory is exhausted. [any thread] [running]
   virtual MessageQueue* CreateMessageQueue() = 0;  // slot 33
   /// Destroys a queue. Ignores null. Messages still in it are not freed, and their senders are not woken. [owner]
   virtual void DestroyMessageQueue(MessageQueue* queue) = 0;  // slot 34
 
-  // The process -------------------------------------------------------------------------------------------------------
+  /// @}
+
+  /// @name The process
+  /// @{
 
   /// Returns 1, then 2, and so on: no value twice while the kernel exists, until 32 bits are used up. [any thread]
   /// Takes the state mutex.
@@ -368,69 +408,98 @@ class IPLKernel : public IPLModule {
   /// found out, or if memory is exhausted; dir may be empty then. [any thread]
   virtual bool GetKernelBinDirectory(PLString& dir) = 0;  // slot 42
 
-  // Memory and text, as the C library's functions of the same names unless said otherwise. [any thread] ---------------
+  /// @}
 
-  virtual void* memset(void* destination, int value, unsigned long count) = 0;            // slot 43
-  virtual void* memcpy(void* destination, const void* source, unsigned long count) = 0;   // slot 44
+  /// @name Memory and text
+  /// @{
+
+  /// As the C library's function of this name. [any thread]
+  virtual void* memset(void* destination, int value, unsigned long count) = 0;  // slot 43
+  /// As the C library's function of this name. [any thread]
+  virtual void* memcpy(void* destination, const void* source, unsigned long count) = 0;  // slot 44
+  /// As the C library's function of this name. [any thread]
   virtual void* memmove(void* destination, const void* source, unsigned long count) = 0;  // slot 45
-  virtual int memcmp(const void* left, const void* right, unsigned long count) = 0;       // slot 46
-  /// compare: an int (*)(const void*, const void*), passed as an untyped pointer.
+  /// As the C library's function of this name. [any thread]
+  virtual int memcmp(const void* left, const void* right, unsigned long count) = 0;  // slot 46
+  /// compare: an int (*)(const void*, const void*), passed as an untyped pointer. Otherwise as the C library's
+  /// function. [any thread] No lock is held while it runs.
   virtual void qsort(void* base, unsigned long count, int size, void* compare) = 0;  // slot 47
-  /// Returns the number of 16-bit units before the first zero; 0 for null.
+  /// Returns the number of 16-bit units before the first zero; 0 for null. [any thread]
   virtual unsigned long wcslen(const unsigned short* text) = 0;  // slot 48
-  /// Returns 0 for null.
-  virtual unsigned long strlen(const char* text) = 0;                                                    // slot 49
-  virtual int strcmp(const char* left, const char* right) = 0;                                           // slot 50
-  virtual int strncmp(const char* left, const char* right, unsigned long count) = 0;                     // slot 51
-  virtual int strcasecmp(const char* left, const char* right) = 0;                                       // slot 52
-  virtual int strncasecmp(const char* left, const char* right, unsigned long count) = 0;                 // slot 53
-  virtual char* strcpy(char* destination, const char* source) = 0;                                       // slot 54
-  virtual char* strcat(char* destination, const char* source) = 0;                                       // slot 55
-  virtual char* strstr(const char* text, const char* part) = 0;                                          // slot 56
-  virtual int sprintf(char* buffer, const char* format, ...) IPL_PRINTF(3, 4) = 0;                       // slot 57
+  /// As the C library's function, but 0 for null. [any thread]
+  virtual unsigned long strlen(const char* text) = 0;  // slot 49
+  /// As the C library's function of this name. [any thread]
+  virtual int strcmp(const char* left, const char* right) = 0;  // slot 50
+  /// As the C library's function of this name. [any thread]
+  virtual int strncmp(const char* left, const char* right, unsigned long count) = 0;  // slot 51
+  /// As the C library's function of this name. [any thread]
+  virtual int strcasecmp(const char* left, const char* right) = 0;  // slot 52
+  /// As the C library's function of this name. [any thread]
+  virtual int strncasecmp(const char* left, const char* right, unsigned long count) = 0;  // slot 53
+  /// As the C library's function of this name. [any thread]
+  virtual char* strcpy(char* destination, const char* source) = 0;  // slot 54
+  /// As the C library's function of this name. [any thread]
+  virtual char* strcat(char* destination, const char* source) = 0;  // slot 55
+  /// As the C library's function of this name. [any thread]
+  virtual char* strstr(const char* text, const char* part) = 0;  // slot 56
+  /// As the C library's function of this name. [any thread]
+  virtual int sprintf(char* buffer, const char* format, ...) IPL_PRINTF(3, 4) = 0;  // slot 57
+  /// As the C library's function of this name. [any thread]
   virtual int snprintf(char* buffer, unsigned long size, const char* format, ...) IPL_PRINTF(4, 5) = 0;  // slot 58
-  virtual long strtol(const char* text, char** end, int base) = 0;                                       // slot 59
-  virtual unsigned long strtoul(const char* text, char** end, int base) = 0;                             // slot 60
-  virtual long long strtoq(const char* text, char** end, int base) = 0;                                  // slot 61
-  virtual double strtod(const char* text, char** end) = 0;                                               // slot 62
-  virtual char* strchr(const char* text, int character) = 0;                                             // slot 63
-  virtual char* strrchr(const char* text, int character) = 0;                                            // slot 64
+  /// As the C library's function of this name. [any thread]
+  virtual long strtol(const char* text, char** end, int base) = 0;  // slot 59
+  /// As the C library's function of this name. [any thread]
+  virtual unsigned long strtoul(const char* text, char** end, int base) = 0;  // slot 60
+  /// As the C library's function strtoll. [any thread]
+  virtual long long strtoq(const char* text, char** end, int base) = 0;  // slot 61
+  /// As the C library's function of this name. [any thread]
+  virtual double strtod(const char* text, char** end) = 0;  // slot 62
+  /// As the C library's function of this name. [any thread]
+  virtual char* strchr(const char* text, int character) = 0;  // slot 63
+  /// As the C library's function of this name. [any thread]
+  virtual char* strrchr(const char* text, int character) = 0;  // slot 64
 
-  // Character sets and language ---------------------------------------------------------------------------------------
-  //
-  // Both conversions return a status: 0 converted, 1 no room, 2 invalid or unconvertible input and skipInvalid is
-  // false, 3 input that ends within a character, 4 another error or no memory, 5 unknown character set, which changes
-  // nothing. Whatever the status below 5, the output holds what was converted before, is terminated, and the counts are
-  // set. A character that combines with the next one is held back by some character sets: when a conversion stops with
-  // an error it counts as consumed and is not in the output. [any thread] They take no lock.
+  /// @}
+
+  /// @name Character sets and language
+  /// Both conversions return a status: 0 converted, 1 no room, 2 invalid or unconvertible input and skipInvalid is
+  /// false, 3 input that ends within a character, 4 another error or no memory, 5 unknown character set, which changes
+  /// nothing. Whatever the status below 5, the output holds what was converted before, is terminated, and the counts
+  /// are set. A character that combines with the next one is held back by some character sets: when a conversion stops
+  /// with an error it counts as consumed and is not in the output. [any thread] They take no lock.
+  /// @{
 
   /// Converts source, behind a leading U+FEFF and up to its first zero, to charSet (never null). A set that has no
   /// U+FEFF therefore ends with status 2 at once, unless skipInvalid is true: that steps over whole characters of 2 or
   /// 4 bytes. targetSize: bytes of room, the terminating zero included; with 0, or a null target, nothing is written
   /// and the status is 1. bytesWritten counts the zero, even then; bytesConsumed counts bytes of UTF-16, the U+FEFF
-  /// included, without what was skipped.
+  /// included, without what was skipped. [any thread] Takes no lock.
   virtual unsigned int PLStringToMultiByteCharacterString(const PLString& source, char* target,
                                                           unsigned long targetSize, const char* charSet,
                                                           unsigned long& bytesWritten, unsigned long& bytesConsumed,
                                                           bool skipInvalid) = 0;  // slot 65
   /// Converts sourceLength bytes of charSet (never null) and replaces target by the result, up to the first zero in it.
   /// bytesConsumed does not count what was skipped. skipInvalid steps over single bytes; a last one that is invalid
-  /// ends the conversion with status 0, and is neither converted nor counted.
+  /// ends the conversion with status 0, and is neither converted nor counted. [any thread] Takes no lock.
   virtual unsigned int MultiByteCharacterStringToPLString(const char* source, unsigned long sourceLength,
                                                           PLString& target, const char* charSet,
                                                           unsigned long& bytesConsumed,
                                                           bool skipInvalid) = 0;  // slot 66
   /// Returns the C library's name for the character set of the process's locale. It belongs to the C library.
+  /// [any thread], as long as none sets the locale.
   virtual const char* GetSystemCharSet() = 0;  // slot 67
   /// Sets language to the language of LANG, such as "de" or "de-DE"; "en" if it names none. Lengths of its parts are
-  /// counted in bytes. The environment must not change meanwhile.
+  /// counted in bytes. The environment must not change meanwhile. [any thread]
   virtual void GetSystemLanguage(PLString& language) = 0;  // slot 68
 
   /// Copies at most size - 1 bytes of source and always writes a terminating zero. A null source counts as empty. Does
   /// nothing if destination is null or size is 0. [any thread]
   virtual void strncpyTerm(char* destination, const char* source, unsigned long size) = 0;  // slot 69
 
-  // Diagnostics -------------------------------------------------------------------------------------------------------
+  /// @}
+
+  /// @name Diagnostics
+  /// @{
 
   /// Writes a line with file and line to standard error and returns. expression is not used. [any thread]
   virtual void AssertFailed(const char* file, int line, const char* expression) = 0;  // slot 70
@@ -444,13 +513,26 @@ class IPLKernel : public IPLModule {
   /// Hands format to WriteConsoleOutputString if the machine's log level enables category and level. [any thread]
   virtual void Kite_EnableLog(int category, int level, const char* format, ...) IPL_PRINTF(4, 5) = 0;  // slot 73
 
-  // The errors of thread operations, codes 256 to 261; never changed.
+  /// @}
+
+  /// @name Errors of thread operations
+  /// Codes 256 to 261; never changed.
+  /// @{
+
+  /// Code 256. Run, of a thread that runs.
   const PLError m_ThreadAlreadyRunning;
+  /// Code 257. Run, when the system refuses a thread or memory is exhausted.
   const PLError m_ThreadCreationFailure;
+  /// Code 258. WaitUntilFinished, by the thread itself.
   const PLError m_ThreadCantWaitOnSelf;
+  /// Code 259. SetPriority, when the system refuses.
   const PLError m_ThreadSetPriority;
+  /// Code 260. Not stored by the kernel.
   const PLError m_ThreadGenericError;
+  /// Code 261. Not stored by the kernel.
   const PLError m_ThreadInvalidParameter;
+
+  /// @}
 
  protected:
   IPLKernel()
@@ -466,15 +548,21 @@ class IPLKernel : public IPLModule {
   IPLKernel& operator=(const IPLKernel&) = delete;
 };
 
+/// Whether the counts are equal. [any thread]
 inline constexpr bool operator==(IPLKernel::Time a, IPLKernel::Time b) {
   return a.GetNanoseconds() == b.GetNanoseconds();
 }
+/// Whether the counts are not equal. [any thread]
 inline constexpr bool operator!=(IPLKernel::Time a, IPLKernel::Time b) { return !(a == b); }
+/// Whether the first one is less. [any thread]
 inline constexpr bool operator<(IPLKernel::Time a, IPLKernel::Time b) {
   return a.GetNanoseconds() < b.GetNanoseconds();
 }
+/// Whether the first one is greater. [any thread]
 inline constexpr bool operator>(IPLKernel::Time a, IPLKernel::Time b) { return b < a; }
+/// Whether the first one is not greater. [any thread]
 inline constexpr bool operator<=(IPLKernel::Time a, IPLKernel::Time b) { return !(b < a); }
+/// Whether the first one is not less. [any thread]
 inline constexpr bool operator>=(IPLKernel::Time a, IPLKernel::Time b) { return !(a < b); }
 
 #endif  // IPL_IPLKERNEL_H

@@ -5,8 +5,9 @@
 #include <ipl/IPLModule.h>
 #include <ipl/PLExport.h>
 
+/// @file
 /// The three entry symbols of libIPLKernel.so, which a host calls in this order, from one thread, before any module is
-/// used and after all modules are done. They take no lock.
+/// used and after all modules are done. [owner] They take no lock.
 ///
 /// A host that opens the library at run time does so with RTLD_NOW | RTLD_GLOBAL, resolves these names with dlsym and
 /// converts them to the pointer types below.
@@ -31,8 +32,11 @@ IPL_API void IPLModule_IPLKernel_UnloadModule(IPLModule* module);
 
 }  // extern "C"
 
+/// The type of IPLModule_IPLKernel_LoadModule.
 typedef IPLModule* (*IPLKernelLoadModuleEntry)(void);
+/// The type of IPLModule_IPLKernel_InitializeKernel.
 typedef void (*IPLKernelInitializeEntry)(int argc, const char** argv);
+/// The type of IPLModule_IPLKernel_UnloadModule.
 typedef void (*IPLKernelUnloadModuleEntry)(IPLModule* module);
 
 #endif  // IPL_KERNELENTRY_H

@@ -4,9 +4,12 @@
 
 #include <ipl/PLExport.h>
 
+/// @file
+/// The crash report.
+
 /// Writes a crash report to standard error when a fatal signal arrives, and ends the process with SIGABRT. The signals
 /// are SIGQUIT, SIGILL, SIGBUS, SIGFPE, SIGSEGV and SIGTERM. The kernel never installs it: a host that wants reports
-/// does, from one thread, normally once. It needs no kernel object.
+/// does, from one thread, normally once. It needs no kernel object. [owner]
 ///
 /// The report is written on the stack of the thread that took the signal, by calls that are safe in a signal handler
 /// alone: it allocates nothing and takes no lock.

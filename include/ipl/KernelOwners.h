@@ -5,6 +5,9 @@
 #include <ipl/IPLKernel.h>
 #include <ipl/Owner.h>
 
+/// @file
+/// Owners of what the kernel creates.
+
 /// Owners of what the operations of IPLKernel create, each with the members of ipl::Owner:
 ///
 ///   ipl::MutexOwner mutex(kernel->CreateMutex());
@@ -15,6 +18,7 @@
 /// the kernel object is gone they give nothing back. Messages and timers: MessageOwner.h and TimerOwner.h.
 namespace ipl {
 
+/// @cond internal
 /// Gives an object to an operation of the kernel.
 template <typename T, void (IPLKernel::*operation)(T*)>
 struct KernelGiver {
@@ -26,6 +30,7 @@ struct KernelGiver {
     }
   }
 };
+/// @endcond
 
 /// Of CreateMutex. Gives back with DestroyMutex.
 typedef Owner<KernelGiver<IPLKernel::Mutex, &IPLKernel::DestroyMutex>> MutexOwner;
@@ -39,6 +44,7 @@ typedef Owner<KernelGiver<IPLKernel::MessageQueue, &IPLKernel::DestroyMessageQue
 /// Of CreateStacktrace. Gives back with DestroyStacktrace.
 typedef Owner<KernelGiver<IPLKernel::Stacktrace, &IPLKernel::DestroyStacktrace>> StacktraceOwner;
 
+/// @cond internal
 /// Gives a block to IPLKernel::Free.
 struct MemoryGiver {
   typedef void Object;
@@ -49,9 +55,11 @@ struct MemoryGiver {
     }
   }
 };
+/// @endcond
 /// Of Alloc and ReAlloc: a block of bytes. ReAlloc takes what release() returns. Gives back with Free.
 typedef Owner<MemoryGiver> MemoryOwner;
 
+/// @cond internal
 /// Gives a module object that is a T to IPLKernel::ReleaseModule.
 template <typename T>
 struct ModuleGiver {
@@ -63,6 +71,7 @@ struct ModuleGiver {
     }
   }
 };
+/// @endcond
 /// One acquisition of a module whose object is a T. Gives back with ReleaseModule, which may unload the module: nothing
 /// of it is used afterwards. [blocks] [running] Holds the module mutex meanwhile.
 template <typename T>

@@ -10,6 +10,9 @@
 
 #include <ipl/IPLKernel.h>
 
+/// @file
+/// Times from and to std::chrono.
+
 /// Between durations of std::chrono and IPLKernel::Time. Both ways round up, towards the later instant, so that no wait
 /// ends early, and stop at the ends of the range. They take no lock and store no error. [any thread]
 namespace ipl {

@@ -6,6 +6,7 @@
 
 #include <ipl/PLExport.h>
 
+/// @file
 /// The device's "Time" and "TV" services, reached through its platform extension library libVel.so.
 ///
 /// Each function connects on first use and keeps the connection; a connection that cannot be made is tried again by the

@@ -4,6 +4,9 @@
 
 #include <ipl/IPLKernel.h>
 
+/// @file
+/// An owner of a received message.
+
 namespace ipl {
 
 /// Owns a message that was taken out of a queue; its members mean what those of std::unique_ptr mean. Giving it back,

@@ -8,18 +8,25 @@
 #include <ipl/IPLModule.h>
 #include <ipl/PLMem.h>
 
-/// What the entries that IPL_MODULE defines do; nobody else uses it. The headers alone emit no symbol of it.
+/// @file
+/// The entry symbols of a module, made from a class.
+
+/// What the entries that IPL_MODULE defines do; nobody else uses it. [owner] No lock is taken. The headers alone emit
+/// no symbol of it.
 template <typename Class>
 struct IPLModuleEntry {
   static_assert(std::is_base_of<IPLModule, Class>::value, "the class of a module object has to be an IPLModule");
 
+  /// Destroys what was made when a start fails. [owner]
   struct Owner {
-    Class* object;
-    const char* file;
-    int line;
+    Class* object;     ///< owned
+    const char* file;  ///< the caller
+    int line;          ///< the caller
+    /// Destroys the object.
     ~Owner() { PLTypes_ScalarDelete(object, file, line); }
   };
 
+  /// The load entry.
   static IPLModule* Load(IPLKernel* kernel, const char* file, int line) noexcept {
 #ifdef __EXCEPTIONS
     try {
@@ -37,6 +44,7 @@ struct IPLModuleEntry {
     return nullptr;
   }
 
+  /// The unload entry.
   static void Unload(IPLModule* module, const char* file, int line) noexcept {
     PLTypes_ScalarDelete(static_cast<Class*>(module), file, line);
   }
@@ -45,12 +53,12 @@ struct IPLModuleEntry {
 /// Defines the three entry symbols of the module NAME, whose module object is a CLASS. It stands once in a library, at
 /// file scope and outside of any namespace, and takes the place of IPL_DECLARE_MODULE.
 ///
-///   class HelloModule : public IPLModule {
-///    public:
-///     explicit HelloModule(IPLKernel* kernel);
-///     bool Start();
-///   };
-///   IPL_MODULE(Hello, HelloModule);
+///     class HelloModule : public IPLModule {
+///      public:
+///       explicit HelloModule(IPLKernel* kernel);
+///       bool Start();
+///     };
+///     IPL_MODULE(Hello, HelloModule);
 ///
 /// CLASS derives from IPLModule, publicly and not virtually. The load entry makes an object of it with
 /// CLASS(IPLKernel*), in tracked memory, and calls bool Start(), once. The kernel object that both can use lives longer

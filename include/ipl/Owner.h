@@ -6,6 +6,9 @@
 
 #include <ipl/PLExport.h>
 
+/// @file
+/// The base of the owners of the optional layer.
+
 /// The optional layer for C++11 and later: everything in namespace ipl. It is made of the public operations alone, adds
 /// nothing to the contract, works without exceptions and without type information, and leaves no symbol in a module.
 namespace ipl {
@@ -24,6 +27,7 @@ namespace ipl {
 template <typename Giver>
 class Owner {
  public:
+  /// The class of what is owned.
   typedef typename Giver::Object Object;
 
   /// An empty owner.

@@ -9,9 +9,12 @@
 #include <ipl/IPLKernel.h>
 #include <ipl/PLMem.h>
 
+/// @file
+/// An array.
+
 /// For PLArray alone, and the same for every element type: returns a buffer for size elements or more, its unused part
 /// zero, and their number in capacity. It holds what was in data if the elements are plain data. Null, with capacity as
-/// it was, if memory is exhausted or a size does not fit 32 bits.
+/// it was, if memory is exhausted or a size does not fit 32 bits. [owner] Takes no lock.
 inline void* PLArray_Grow(const void* data, uint32_t used, uint32_t& capacity, unsigned long size,
                           unsigned long elementSize, bool plainData) {
   uint64_t count = size;
@@ -125,13 +128,17 @@ class PLArray {
   /// Inserts value at the end.
   void Append(const T& value) { InsertAt(m_size, value); }
 
+  /// Returns the number of elements.
   unsigned long GetSize() const { return m_size; }
   /// Returns the number of elements for which memory is there.
   unsigned long GetCapacity() const { return m_capacity; }
-  /// Requires index < GetSize().
+  /// Returns the element at index. Requires index < GetSize(). The reference is valid until the array grows.
   T& GetAt(unsigned long index) { return m_pData[index]; }
+  /// As above.
   const T& GetAt(unsigned long index) const { return m_pData[index]; }
+  /// As GetAt.
   T& operator[](unsigned long index) { return m_pData[index]; }
+  /// As GetAt.
   const T& operator[](unsigned long index) const { return m_pData[index]; }
 
  private:

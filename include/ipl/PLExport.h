@@ -2,6 +2,9 @@
 #ifndef IPL_PLEXPORT_H
 #define IPL_PLEXPORT_H
 
+/// @file
+/// Marks of the compiler.
+
 /// Marks a symbol that libIPLKernel.so exports, or an entry symbol that a module exports.
 /// Everything else should be compiled with -fvisibility=hidden.
 #define IPL_API __attribute__((visibility("default")))

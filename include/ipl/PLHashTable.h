@@ -7,11 +7,15 @@
 #include <ipl/PLArray.h>
 #include <ipl/PLMem.h>
 
-/// Hash and equality of pointer keys: they are compared as addresses, never by what they point to.
+/// @file
+/// A hash table.
+
+/// Hash of pointer keys: of the address, never of what it points to. [any thread] Takes no lock.
 template <typename T>
 uint32_t PLHashTable_KeyHash(T* const& key) {
   return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(key) >> 4);
 }
+/// Equality of pointer keys: of the addresses. [any thread] Takes no lock.
 template <typename T>
 bool PLHashTable_KeyCompare(T* const& left, T* const& right) {
   return left == right;
@@ -20,8 +24,10 @@ bool PLHashTable_KeyCompare(T* const& left, T* const& right) {
 /// A hash table of values by key, with chains. It owns copies of the keys and values, not what they point to.
 ///
 /// K is a pointer, or a class for which
-///   uint32_t PLHashTable_KeyHash(const K& key);
-///   bool PLHashTable_KeyCompare(const K& left, const K& right);
+///
+///     uint32_t PLHashTable_KeyHash(const K& key);
+///     bool PLHashTable_KeyCompare(const K& left, const K& right);
+///
 /// are declared in the class's namespace. V has to be copyable. The table doubles its buckets as soon as they hold more
 /// than three entries on average.
 ///
@@ -31,10 +37,11 @@ bool PLHashTable_KeyCompare(T* const& left, T* const& right) {
 template <typename K, typename V>
 class PLHashTable {
  public:
+  /// One entry of a chain.
   struct TableEntry {
-    K key;
-    V value;
-    TableEntry* next;  // null at the end of the chain
+    K key;             ///< owned
+    V value;           ///< owned
+    TableEntry* next;  ///< null at the end of the chain
   };
 
   /// An empty table with 8 buckets.
@@ -115,6 +122,7 @@ class PLHashTable {
     m_count = 0;
   }
 
+  /// Returns the number of entries.
   unsigned long GetCount() const { return m_count; }
 
   /// Doubles the number of buckets and distributes the entries again; SetAt calls it. Entries that stay in their bucket

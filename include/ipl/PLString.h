@@ -6,6 +6,9 @@
 
 #include <ipl/PLExport.h>
 
+/// @file
+/// A text.
+
 /// A text of UTF-16 code units in host order, with a cached UTF-8 copy. A character above U+FFFF takes two units.
 ///
 /// Its memory comes from the tracked allocation, so it is used only while the kernel object exists; the kernel and the
@@ -14,8 +17,11 @@
 /// [owner] No lock is taken, and GetUTF8 writes the cache: a string is not shared between threads without a lock.
 class IPL_API PLString {
  public:
+  /// The empty text.
   PLString();
+  /// A copy; empty if memory is exhausted.
   PLString(const PLString& other);
+  /// Becomes a copy.
   PLString& operator=(const PLString& other);
   virtual ~PLString();  // slots 0, 1
 

@@ -2,8 +2,11 @@
 #ifndef IPL_PLTHREADANNOTATIONS_H
 #define IPL_PLTHREADANNOTATIONS_H
 
+/// @file
 /// Lock annotations for clang's -Wthread-safety; empty for every other compiler. They have no effect on the code.
+
 #if defined(__clang__)
+/// What the others are made of.
 #define PL_THREAD_ATTRIBUTE(attribute) __attribute__((attribute))
 #else
 #define PL_THREAD_ATTRIBUTE(attribute)

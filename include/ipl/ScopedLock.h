@@ -5,13 +5,16 @@
 #include <ipl/IPLKernel.h>
 #include <ipl/PLThreadAnnotations.h>
 
+/// @file
+/// Locks held for a scope.
+
 namespace ipl {
 
 /// Chooses the constructor of ScopedLock that takes no lock.
 struct AdoptLock {};
 
 /// Holds a mutex or the lock of a queue for a scope, as std::lock_guard does. The lock lives as long as this. Clang's
-/// lock analysis knows it.
+/// lock analysis knows it. [owner] The lock is the only one that it takes.
 class PL_SCOPED_CAPABILITY ScopedLock {
  public:
   /// Returns when the calling thread holds the lock. It cannot fail; waiting with a limit is no operation of Lockable.
@@ -33,7 +36,7 @@ class PL_SCOPED_CAPABILITY ScopedLock {
 ///   ipl::ScopedTryLock guard(*mutex);
 ///   if (!guard) ...                      // another thread holds it
 ///
-/// Clang's lock analysis cannot follow it: where that is used, call TryLock and adopt the lock.
+/// Clang's lock analysis cannot follow it: where that is used, call TryLock and adopt the lock. [owner] The mutex is the only lock that it takes.
 class ScopedTryLock {
  public:
   /// Takes the mutex if that needs no waiting. Stores no error. [any thread]

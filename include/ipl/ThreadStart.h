@@ -9,13 +9,19 @@
 #include <ipl/KernelOwners.h>
 #include <ipl/TrackedOwners.h>
 
+/// @file
+/// Threads that run a callable.
+
 namespace ipl {
 
+/// @cond internal
 /// What a thread tells the one who waits for it. Read when the run has ended.
 struct ThreadOutcome {
   bool threw;
 };
+/// @endcond
 
+/// @cond internal
 /// What a thread runs. The thread destroys the callable, its owner frees the memory.
 template <typename Callable>
 struct ThreadTask : ThreadOutcome {
@@ -30,13 +36,16 @@ struct ThreadTask : ThreadOutcome {
     Callable callable;
   };
 };
+/// @endcond
 
+/// @cond internal
 /// Destroys a callable at the end of a scope.
 template <typename Callable>
 struct CallableEnd {
   Callable& callable;
   IPL_ALWAYS_INLINE ~CallableEnd() { callable.~Callable(); }
 };
+/// @endcond
 
 /// The procedure of the thread that runs a callable. The kernel needs its address, so it is the one function of the
 /// layer that a module contains; it has internal linkage, hence a local symbol.

@@ -4,6 +4,9 @@
 
 #include <ipl/IPLKernel.h>
 
+/// @file
+/// An owner of a timer.
+
 namespace ipl {
 
 /// Owns a timer and ends it with IPLKernel::ClearTimer: afterwards none of its messages is in its queue and none comes.

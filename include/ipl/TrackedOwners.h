@@ -7,9 +7,13 @@
 #include <ipl/Owner.h>
 #include <ipl/PLMem.h>
 
+/// @file
+/// Owners of tracked memory.
+
 /// Owners of tracked memory, one for each family of PLMem.h. Any thread may use different ones; they take no lock.
 namespace ipl {
 
+/// @cond internal
 /// Destroys an object of the scalar family and frees it.
 template <typename T>
 struct TrackedGiver {
@@ -20,6 +24,7 @@ struct TrackedGiver {
                     static_cast<PLMem_Selector_PL_NEW_DELETE*>(nullptr));
   }
 };
+/// @endcond
 /// An object of the scalar family. Gives back as PLTypes_ScalarDelete: a polymorphic object is owned by a pointer to
 /// its first base.
 template <typename T>
@@ -33,6 +38,7 @@ IPL_ALWAYS_INLINE TrackedOwner<T> MakeTracked(Arguments&&... arguments) {
                              T{std::forward<Arguments>(arguments)...});
 }
 
+/// @cond internal
 /// Frees elements of the counted family, which are not destroyed.
 template <typename T>
 struct ElementsGiver {
@@ -41,10 +47,12 @@ struct ElementsGiver {
     operator delete(elements, 0U, 0U, nullptr, 0, static_cast<PLMem_Selector_PL_VECTOR_NEW_DELETE*>(nullptr));
   }
 };
+/// @endcond
 /// The elements of the counted family, by the first one.
 template <typename T>
 using ElementsOwner = Owner<ElementsGiver<T>>;
 
+/// @cond internal
 /// Frees a block of the raw-bytes family.
 template <typename T>
 struct BytesGiver {
@@ -53,6 +61,7 @@ struct BytesGiver {
     operator delete(bytes, 0U, nullptr, 0, static_cast<PLMem_Selector_PL_MALLOC_FREE*>(nullptr));
   }
 };
+/// @endcond
 /// A block of the raw-bytes family, such as the result of PLString::CopyUTF16to8: BytesOwner<char>.
 template <typename T>
 using BytesOwner = Owner<BytesGiver<T>>;

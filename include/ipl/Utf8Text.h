@@ -9,6 +9,9 @@
 #include <ipl/PLString.h>
 #include <ipl/TrackedOwners.h>
 
+/// @file
+/// Strings from and to UTF-8.
+
 /// PLString from and to UTF-8, with the errors that PLString's own operations are silent about. They need the kernel
 /// object, take no lock and store no error. [owner] of the strings.
 namespace ipl {
