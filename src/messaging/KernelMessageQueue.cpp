@@ -108,16 +108,29 @@ bool KernelMessageQueue::Enqueue(Place place, KernelMessage* message) {
   return true;
 }
 
+// A message that is there is taken without a look at the event. While another thread holds the lock, which it may do
+// for long, only the event keeps the time-out.
 IPLKernel::Message* KernelMessageQueue::Receive(IPLKernel::Time timeout) {
+  if (m_pMutex->TryLock()) {
+    KernelMessage* message = TakeFirst();
+    m_pMutex->Unlock();
+    if (message != nullptr) {
+      return message;
+    }
+  }
   if (!m_pEvent->Wait(timeout)) {
     return nullptr;
   }
   KernelLockGuard guard(m_pMutex);
-  KernelMessage* message = nullptr;
-  if (m_messages.GetSize() != 0) {
-    message = m_messages[0];
-    m_messages.RemoveAt(0);
+  return TakeFirst();
+}
+
+KernelMessage* KernelMessageQueue::TakeFirst() {
+  if (m_messages.GetSize() == 0) {
+    return nullptr;
   }
+  KernelMessage* message = m_messages[0];
+  m_messages.RemoveAt(0);
   if (m_messages.GetSize() == 0) {
     m_pEvent->Clear();
   }

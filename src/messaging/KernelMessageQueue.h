@@ -73,6 +73,7 @@ class KernelMessageQueue : public IPLKernel::MessageQueue, public TrackedObject 
   void PostAt(Place place, unsigned long id, void* data);
   void SendAt(Place place, unsigned long id, void* data);
   bool Enqueue(Place place, KernelMessage* message);
+  KernelMessage* TakeFirst() PL_REQUIRES(m_pMutex);
 
   /// Read without a lock by all queues; written by start-up and shut-down, when no queue is in use.
   static std::atomic<IPLKernel*> s_pKernel;

@@ -1,8 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
 # check_headers.sh INCLUDE-FOLDER MODULE-SOURCE STANDARD COMPILER [OPTION...]: compiles each public header as a program's
-# first include, and twice, without a warning; then all of them together, in a
-# module that uses them.
+# first include, and twice, without a warning; then all of them together, in a module that uses them.
 set -u
 
 include=$1 module=$2 standard=$3
@@ -20,7 +19,7 @@ for header in "$include"/ipl/*.h; do
   [ -f "$header" ] || { echo "headers: there is none in $include/ipl" >&2; exit 1; }
   name=ipl/${header##*/}
   source=-
-  printf '#include <%s>\n#include <%s>\n' "$name" "$name" | compile "$@" $all ||
+  printf '#include <%s>\n#include <%s>\n' "$name" "$name" | compile "$@" ||
     { echo "headers: $name does not compile alone with $* -std=$standard" >&2; failed=1; }
   all="$all -include $name"
 done
