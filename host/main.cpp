@@ -67,7 +67,7 @@ std::string KernelPath(const HostOptions& options) {
   if (!options.kernelPath.empty()) {
     return options.kernelPath;
   }
-  const std::filesystem::path installed = ExecutableDirectory().parent_path() / "lib" / "libIPLKernel.so";
+  const std::filesystem::path installed = ExecutableDirectory().parent_path() / "libIPLKernel.so";
   std::error_code ignored;
   return std::filesystem::exists(installed, ignored) ? installed.string() : "libIPLKernel.so";
 }

@@ -1,26 +1,35 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# check_kit.sh SOURCE BUILD VERSION COMPILER [EMULATOR...]: what authors of hosts and modules do, from an installation
-# that was moved, in a folder outside of the source tree and the build.
-set -euxo pipefail
-source=$1 build=$2 version=$3 compiler=$(basename "$4") emulator=("${@:5}")
+# prove_authors.sh PACKAGES VERSION armhf|amd64: what authors of hosts and of modules do, with the packages unpacked into a
+# folder that is then moved, and with the kit. Nothing comes from the source tree or a build.
+set -euo pipefail
+packages=$(realpath "$1") version=$2 architecture=$3
+case $architecture in
+  armhf) triplet=arm-linux-gnueabihf compiler=$triplet-g++ emulator=(qemu-arm -L /usr/$triplet) ;;
+  amd64) triplet=x86_64-linux-gnu compiler=g++ emulator=() ;;
+esac
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
-env=(env -i PATH=/usr/bin:/bin CMAKE_GENERATOR=Ninja "CXX=$compiler" "PKG_CONFIG_LIBDIR=$work/ipl/lib/pkgconfig")
+trap 'echo "prove_authors: line $LINENO fails for $architecture" >&2; [ ! -e log ] || cat log >&2' ERR
+
+for package in libiplkernel libiconv2 libvel-standin libiplkernel-dev iplkernel-tools; do
+  dpkg-deb -x "$packages/${package}"_*_"$architecture.deb" first
+done
+mv first moved
+prefix=$work/moved/usr libraries=$work/moved/usr/lib/$triplet
+env=(env -i PATH=/usr/bin:/bin CMAKE_GENERATOR=Ninja "CXX=$compiler" "PKG_CONFIG_LIBDIR=$libraries/pkgconfig")
 
 build() { # PREFIX FOLDER
   local find=-DCMAKE_PREFIX_PATH=$1
-  [ ${#emulator[@]} -eq 0 ] || find=-DCMAKE_TOOLCHAIN_FILE=$1/lib/cmake/IPLKernel/toolchain-arm.cmake
-  { "${env[@]}" cmake -S "$2" -B "$2/build" "$find" && "${env[@]}" cmake --build "$2/build"; } 2>&1 | tee log
+  [ $architecture = amd64 ] || find=-DCMAKE_TOOLCHAIN_FILE=$1/lib/$triplet/cmake/IPLKernel/toolchain-arm.cmake
+  { "${env[@]}" cmake -S "$2" -B "$2/build" "$find" && "${env[@]}" cmake --build "$2/build"; } >log 2>&1
 }
+run() { env -i PATH=/usr/bin:/bin "LD_LIBRARY_PATH=$libraries" "${emulator[@]}" "$@"; }
 greets() { # LIBRARY
-  "${emulator[@]}" "$work/ipl/bin/iplhost" --modulemap "Greeter:$1" --module Greeter -- you | grep '^Hello, you, from Greeter$'
+  run "$prefix/bin/iplhost" --modulemap "Greeter:$1" --module Greeter -- you >log
+  grep -q '^Hello, you, from Greeter$' log
 }
-
-cmake --install "$build" --prefix "$work/first" >/dev/null
-mv first ipl
-if grep -rIlE "$source|$build|$work/first" ipl; then exit 1; fi
 
 # A host of one file, with the CMake package and with pkg-config.
 mkdir host
@@ -45,15 +54,15 @@ int main(int argc, char** argv) {
   IPLModule_IPLKernel_UnloadModule(kernel);
 }
 END
-build "$work/ipl" host
-"${emulator[@]}" host/build/host
+build "$prefix" host
+run host/build/host
 "${env[@]}" "$compiler" host/host.cpp $("${env[@]}" pkg-config --cflags --libs "iplkernel = $version") -o other
-LD_LIBRARY_PATH=ipl/lib "${emulator[@]}" ./other
+run ./other
 
 # What ipl-new-module refuses, then its project, which is built and tested.
-new=$work/ipl/bin/ipl-new-module
+new=$prefix/bin/ipl-new-module
 while read -r status arguments; do
-  "$new" $arguments && code=0 || code=$?
+  "$new" $arguments >log 2>&1 && code=0 || code=$?
   [ "$code" = "$status" ] && [ ! -e refused ]
 done <<<"0 $(printf 'a%.0s' {1..47}) longest
 0 -- _9 low
@@ -72,12 +81,12 @@ cat >>greeter/Greeter.cpp <<'END'
 template <typename T> __attribute__((visibility("default"))) T* Shared() { static T shared; return &shared; }
 template int* Shared<int>();
 END
-build "$work/ipl" greeter
-"${env[@]}" ctest --test-dir greeter/build --no-tests=error --output-on-failure
+build "$prefix" greeter
+"${env[@]}" ctest --test-dir greeter/build --no-tests=error --output-on-failure >log 2>&1
 library=greeter/build/libGreeter.so
 diff <(nm -D --defined-only $library | sed 's/^[^ ]* //' | sort) \
   <(printf 'T IPLModule_%s\n' Greeter_ModuleLoad Greeter_ModuleUnload PLModule_PutKernel)
-if nm $library | grep ' u '; then exit 1; fi
+if nm $library | grep ' u '; then false; fi
 
 # Without its entry symbols nothing is built, at the second try neither. The file needs the kernel though it uses none.
 cat >greeter/Greeter.cpp <<'END'
@@ -85,22 +94,19 @@ extern "C" __attribute__((visibility("default"))) void IPLModule_PLModule_PutKer
 extern "C" void IPLModule_Greeter_ModuleUnload(void*) {}
 void* IPLModule_Greeter_ModuleLoad() { return nullptr; }
 END
-if build "$work/ipl" greeter || build "$work/ipl" greeter; then exit 1; fi
+if build "$prefix" greeter || build "$prefix" greeter; then false; fi
 [ "$(readelf -d $library | grep -cE '\[libIPLKernel.so\]|RPATH|RUNPATH')" = 1 ]
 grep -q ' IPLModule_Greeter_ModuleUnload: defined, but not an exported function$' log
 grep -q ' IPLModule_Greeter_ModuleLoad: defined as a C++ function, not as extern "C"$' log
-if grep 'PutKernel:' log; then exit 1; fi
+if grep 'PutKernel:' log; then false; fi
 
 # The kit, alone in a folder: its file of flags, and its CMake package.
-"$source/tools/make-kit" ipl kit.tar.gz
-tar --one-top-level=kit -xzf kit.tar.gz
-touch ipl/include/ipl/*
-"$source/tools/make-kit" "$work/ipl" again.tar.gz
-cmp kit.tar.gz again.tar.gz
-rm -r ipl/include ipl/lib/cmake ipl/lib/pkgconfig
+tar --one-top-level=kit -xzf "$packages/ipl-kit-$version-$architecture.tar.gz"
+rm -r "$prefix/include" "$libraries/cmake" "$libraries/pkgconfig"
 cd kit
 "$new" Greeter greeter >/dev/null
 "${env[@]}" "$compiler" -Wall -Wextra -Wpedantic -Wshadow -Werror @flags greeter/Greeter.cpp -o libGreeter.so
 greets libGreeter.so
 build "$PWD" greeter
 greets greeter/build/libGreeter.so
+echo "Authors of hosts and modules can work: $architecture."
