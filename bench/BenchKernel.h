@@ -4,11 +4,12 @@
 
 #include <stdint.h>
 
+#include <thread>
+
 #include <ipl/IPLKernel.h>
 #include <ipl/KernelEntry.h>
 
-/// A running kernel for a scope. Its timer thread runs from the start on, so no measurement pays for starting it, and
-/// none is made in a process with one thread, where the C library leaves out its atomic operations.
+/// A running kernel for a scope, its timer thread too, so that no measurement pays for starting it.
 class RunningKernel {
  public:
   RunningKernel() : m_pKernel(static_cast<IPLKernel*>(IPLModule_IPLKernel_LoadModule())) {
@@ -27,51 +28,33 @@ class RunningKernel {
   IPLKernel* m_pKernel;
 };
 
-/// A queue that nothing but timers post to. Those still pending when it is destroyed must be far away: the kernel has
-/// to be gone before one is due.
-class TimerQueue {
+/// A thread that receives from a queue and releases at once, until its scope ends.
+class Replier {
  public:
-  explicit TimerQueue(const RunningKernel& kernel) : m_kernel(kernel), m_pQueue(kernel->CreateMessageQueue()) {}
-  ~TimerQueue() {
-    DiscardAll();
+  explicit Replier(const RunningKernel& kernel) : m_kernel(kernel), m_pQueue(kernel->CreateMessageQueue()) {
+    m_thread = std::thread([this] {
+      unsigned long id = 1;
+      while (id != 0) {
+        IPLKernel::Message* message = m_pQueue->Receive(IPLKernel::Time::Forever());
+        id = message->GetID();
+        m_pQueue->ReleaseMessage(message);
+      }
+    });
+  }
+  ~Replier() {
+    m_pQueue->Post(0, nullptr);
+    m_thread.join();
     m_kernel->DestroyMessageQueue(m_pQueue);
   }
-  TimerQueue(const TimerQueue&) = delete;
-  TimerQueue& operator=(const TimerQueue&) = delete;
+  Replier(const Replier&) = delete;
+  Replier& operator=(const Replier&) = delete;
 
-  IPLKernel::MessageQueue& Get() const { return *m_pQueue; }
-
-  /// Waits for a message and gives it back. Returns the kernel's time of the pass that fired the timer.
-  int64_t Receive() {
-    IPLKernel::Message* message = m_pQueue->Receive(IPLKernel::Time::Forever());
-    const int64_t fireTime = Data(message)->GetFireTimeKernel().GetNanoseconds();
-    GiveBack(message);
-    return fireTime;
-  }
-
-  /// Gives back all messages that are there, and returns their number, in a time proportional to it.
-  unsigned long DiscardAll() {
-    m_pQueue->Lock();
-    const unsigned long length = m_pQueue->GetLength();
-    for (unsigned long i = 0; i < length; ++i) {
-      GiveBack(m_pQueue->GetAt(i));
-    }
-    m_pQueue->RemoveAll();
-    m_pQueue->Unlock();
-    return length;
-  }
+  void RoundTrip() { m_pQueue->Send(1, nullptr); }
 
  private:
-  static IPLKernel::TimerMessageData* Data(IPLKernel::Message* message) {
-    return static_cast<IPLKernel::TimerMessageData*>(message->GetData());
-  }
-  void GiveBack(IPLKernel::Message* message) {
-    Data(message)->ReleaseTimerData();
-    m_pQueue->ReleaseMessage(message);
-  }
-
   const RunningKernel& m_kernel;
   IPLKernel::MessageQueue* m_pQueue;  // owned
+  std::thread m_thread;
 };
 
 #endif  // IPL_BENCH_BENCHKERNEL_H

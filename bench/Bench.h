@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef IPL_BENCH_BENCH_H
+#define IPL_BENCH_BENCH_H
+
+#include <stdint.h>
+
+#include <chrono>
+#include <string>
+#include <utility>
+
+#include <benchmark/benchmark.h>
+
+/// A measurement is named OPERATION/WHO or OPERATION/WHO/N: who is "ours", "limit" (the platform's own operation) or a
+/// peer, N how many are pending. bench/report.py sets those of one operation side by side.
+///
+/// Every program keeps a second thread from its start to its end: in a process with one thread the C library leaves out
+/// its atomic operations.
+
+using State = benchmark::State;
+
+/// Registers a measurement: DoNotOptimize and the like are up to the function.
+template <typename Function>
+benchmark::internal::Benchmark* Measure(const std::string& name, Function function) {
+  return benchmark::RegisterBenchmark(name.c_str(), function)->UseRealTime();
+}
+
+/// Registers a measurement whose function says what an iteration takes. Fixed numbers of iterations, since what lies
+/// between the iterations often takes much longer.
+template <typename Function>
+benchmark::internal::Benchmark* MeasureManually(const std::string& name, int64_t iterations, Function function) {
+  return benchmark::RegisterBenchmark(name.c_str(), function)->UseManualTime()->Iterations(iterations);
+}
+
+/// Calls again and again. The loop's own cost is spread over a block of calls.
+template <typename Call>
+void Each(State& state, Call call) {
+  constexpr int64_t kBlock = 64;
+  while (state.KeepRunningBatch(kBlock)) {
+    for (int64_t i = 0; i < kBlock; ++i) {
+      call();
+    }
+  }
+}
+
+inline double SecondsSince(std::chrono::steady_clock::time_point start) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// Times the call alone, and as count operations. What prepares it, or restores what is pending, goes on beside.
+template <typename Call>
+void TimeOne(State& state, Call call, int64_t count = 1) {
+  const auto start = std::chrono::steady_clock::now();
+  call();
+  state.SetIterationTime(SecondsSince(start) / static_cast<double>(count));
+}
+
+/// Stands at file scope; registers the measurements of a file before main.
+struct Registered {
+  template <typename Function>
+  explicit Registered(Function registerAll) {
+    registerAll();
+  }
+};
+
+#endif  // IPL_BENCH_BENCH_H

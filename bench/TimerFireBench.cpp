@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: Apache-2.0
+// What it takes to fire many timers at once.
+//
+// A timer that becomes due by itself is late by what the system needs to wake a thread, far more than a short pass
+// takes. So these are timers of GMT, and SetTimeGMT makes them due. It returns when the timer thread has taken the
+// request, just before the pass; the next request is taken behind the pass. Two calls in a row thus last as long as the
+// pass and two switches there and back. The limit posts as many entries to another thread over a queue of malloc,
+// mutex and condition. The time is that of one timer.
+#include <random>
+#include <thread>
+
+#include "Bench.h"
+#include "Posix.h"
+#include "TimerQueue.h"
+
+namespace {
+
+constexpr int64_t kHour = int64_t{3600} * 1000000000;
+constexpr int64_t kStart = int64_t{50} * 365 * 24 * kHour;  // a date, and no time of day
+
+/// A kernel whose GMT is moved by hand, and the queue of its timers.
+class GmtTimers {
+ public:
+  GmtTimers() : m_queue(m_kernel) { Advance(0); }
+  GmtTimers(const GmtTimers&) = delete;
+  GmtTimers& operator=(const GmtTimers&) = delete;
+
+  /// Sets a timer that is due when GMT was advanced by this much.
+  void Set(int64_t distance, int64_t period) { m_kernel->SetTimerGMT(m_now + distance, m_queue.Get(), period); }
+  void SetMany(int64_t count) {
+    SetTogether(count, [this](int64_t) { Set(kHour, 0); });
+  }
+  void Advance(int64_t step) {
+    m_now += step;
+    m_kernel->SetTimeGMT(m_now);
+  }
+  void WaitForPass() { m_kernel->SetTimeGMT(m_now); }
+  void Receive(int64_t count) {
+    for (int64_t i = 0; i < count; ++i) {
+      m_queue.Receive();
+    }
+  }
+
+  /// Times one pass, which has to post expected messages.
+  void TimePass(State& state, int64_t step, int64_t expected, int64_t count) {
+    TimeOne(
+        state,
+        [&] {
+          Advance(step);
+          WaitForPass();
+        },
+        count);
+    if (m_queue.DiscardAll() != static_cast<unsigned long>(expected)) {
+      state.SkipWithError("the pass posted another number of messages");
+    }
+  }
+
+ private:
+  RunningKernel m_kernel;
+  TimerQueue m_queue;
+  int64_t m_now = kStart;
+};
+
+// All N fire and are done; their client waits until the pass is over.
+void FireOneShots(State& state) {
+  GmtTimers timers;
+  while (state.KeepRunning()) {
+    timers.SetMany(state.range(0));
+    timers.TimePass(state, 2 * kHour, state.range(0), state.range(0));
+  }
+}
+
+// From the change of the clock until the client, which receives meanwhile, has the last message.
+void FireAndReceive(State& state) {
+  GmtTimers timers;
+  while (state.KeepRunning()) {
+    timers.SetMany(state.range(0));
+    TimeOne(
+        state,
+        [&] {
+          timers.Advance(2 * kHour);
+          timers.Receive(state.range(0));
+        },
+        state.range(0));
+  }
+}
+
+void PostAndReceive(State& state) {
+  const int64_t count = state.range(0);
+  while (state.KeepRunning()) {
+    PosixQueue queue;
+    PosixQueue start;
+    std::thread other([&] {
+      start.Receive();
+      for (int64_t i = 0; i < count; ++i) {
+        queue.Post(1);
+      }
+    });
+    TimeOne(
+        state,
+        [&] {
+          start.Post(1);
+          for (int64_t i = 0; i < count; ++i) {
+            queue.Receive();
+          }
+        },
+        count);
+    other.join();
+  }
+}
+
+// All N fire and go back into the list in another order.
+void RearmAll(State& state) {
+  GmtTimers timers;
+  SetTogether(state.range(0), [&](int64_t i) {
+    timers.Set(kHour, kHour + static_cast<int64_t>(std::mt19937_64(static_cast<uint64_t>(i))() % kHour));
+  });
+  while (state.KeepRunning()) {
+    timers.TimePass(state, 3 * kHour, state.range(0), state.range(0));
+  }
+}
+
+const Registered s_registered([] {
+  for (const int64_t count : {10, 100, 1000, 10000, 100000}) {
+    const int64_t iterations = count > 1000 ? 1 : 10;
+    MeasureManually("FireOneShots/ours", iterations, FireOneShots)->Arg(count);
+    MeasureManually("FireAndReceive/ours", iterations, FireAndReceive)->Arg(count);
+    MeasureManually("FireAndReceive/limit", iterations, PostAndReceive)->Arg(count);
+    MeasureManually("RearmAll/ours", iterations, RearmAll)->Arg(count);
+  }
+});
+
+}  // namespace

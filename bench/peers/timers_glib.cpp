@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <glib.h>
+
+#include <thread>
+
+#include "Bench.h"
+
+namespace {
+
+gboolean Count(gpointer fired) {
+  ++*static_cast<int64_t*>(fired);
+  return FALSE;
+}
+
+// All are due when the context is first asked.
+void FireAndReceive(State& state) {
+  while (state.KeepRunning()) {
+    GMainContext* context = g_main_context_new();
+    int64_t fired = 0;
+    for (int64_t i = 0; i < state.range(0); ++i) {
+      GSource* source = g_timeout_source_new(1);
+      g_source_set_callback(source, Count, &fired, nullptr);
+      g_source_attach(source, context);
+      g_source_unref(source);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(3));
+    TimeOne(
+        state,
+        [&] {
+          while (fired < state.range(0)) {
+            g_main_context_iteration(context, TRUE);
+          }
+        },
+        state.range(0));
+    g_main_context_unref(context);
+  }
+}
+
+const Registered s_registered([] { MeasureManually("FireAndReceive/glib", 10, FireAndReceive)->Arg(100)->Arg(1000); });
+
+}  // namespace
