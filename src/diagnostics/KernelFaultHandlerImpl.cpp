@@ -4,16 +4,23 @@
 
 #include <stdlib.h>
 
+#include <new>
+
 const int KernelFaultHandlerImpl::m_signalToHandle[kSignalCount] = {SIGQUIT, SIGILL, SIGBUS, SIGFPE, SIGSEGV, SIGTERM};
 KernelFaultHandlerImpl::SignalInfo KernelFaultHandlerImpl::m_signalInfo[kSignalCount];
 uint32_t KernelFaultHandlerImpl::m_exceptionCounter = 0;
 
 KernelFaultHandler* KernelFaultHandler::GetFaultHandler() { return KernelFaultHandlerImpl::GetFaultHandler(); }
 
-KernelFaultHandler* KernelFaultHandlerImpl::GetFaultHandler() {
-  static KernelFaultHandlerImpl handler;
-  return &handler;
-}
+namespace {
+
+// It is never destroyed: signals arrive until the process is gone.
+alignas(KernelFaultHandlerImpl) unsigned char s_handlerStorage[sizeof(KernelFaultHandlerImpl)];
+KernelFaultHandler* const s_pHandler = new (static_cast<void*>(s_handlerStorage)) KernelFaultHandlerImpl;
+
+}  // namespace
+
+KernelFaultHandler* KernelFaultHandlerImpl::GetFaultHandler() { return s_pHandler; }
 
 void KernelFaultHandlerImpl::Initialise() {
   if (m_initialised) {

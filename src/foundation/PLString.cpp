@@ -21,6 +21,7 @@ namespace {
 using Units = TrackedBytesPtr<unsigned short>;
 
 constexpr uint64_t kMaximalByteCount = UINT32_MAX - 8;
+constexpr unsigned long kSpareUnitsKept = 128;
 
 Units AllocateUnits(uint64_t count) {
   if (count > kMaximalByteCount / sizeof(unsigned short)) {
@@ -28,20 +29,6 @@ Units AllocateUnits(uint64_t count) {
   }
   return Units(
       static_cast<unsigned short*>(AllocateTrackedBytes(static_cast<unsigned int>(count * sizeof(unsigned short)))));
-}
-
-// Returns a text of at most count units, which ends before the first zero, as UTF-8 with a terminating zero; null for
-// an empty one, and when memory is exhausted.
-char* EncodeText(const unsigned short* text, unsigned long count) {
-  const uint64_t size = MaximalUtf8Size(text, count) + 1;
-  if (count == 0 || size > kMaximalByteCount) {
-    return nullptr;
-  }
-  char* bytes = static_cast<char*>(AllocateTrackedBytes(static_cast<unsigned int>(size)));
-  if (bytes != nullptr) {
-    bytes[EncodeUtf8(text, count, bytes)] = '\0';
-  }
-  return bytes;
 }
 
 unsigned long ByteCount(uint64_t units) { return static_cast<unsigned long>(units * sizeof(unsigned short)); }
@@ -86,18 +73,33 @@ void PLString::Append(const unsigned short* text) {
 }
 
 void PLString::AppendUTF8(const char* bytes, unsigned long byteCount) {
-  const unsigned long count = bytes != nullptr ? byteCount : 0;
+  IPLKernel* kernel = IPLKernel::GetKernel();
+  const unsigned long count = bytes != nullptr && kernel != nullptr ? byteCount : 0;
   const auto* input = reinterpret_cast<const unsigned char*>(bytes);
   if (count < m_capacity - static_cast<uint64_t>(m_length)) {  // never more units than bytes; room for the zero too
-    m_length += static_cast<uint32_t>(DecodeUtf8(input, count, m_pBuffer + m_length));
-    m_pBuffer[m_length] = 0;
+    unsigned short* end = m_pBuffer + m_length;
+    end[DecodeUtf8(input, count, end)] = 0;
+    m_length += static_cast<uint32_t>(count != 0 ? kernel->wcslen(end) : 0);
     DropUTF8();  // the bytes may have been part of it
     return;
   }
   Units units = AllocateUnits(static_cast<uint64_t>(count) + 1);
-  const unsigned long length = units != nullptr ? DecodeUtf8(input, count, units.get()) : 0;
-  if (m_pBuffer != nullptr || length == 0 || length != count) {
-    AppendUnits(units.get(), length);
+  if (units == nullptr) {
+    DropUTF8();
+    return;
+  }
+  const unsigned long length = DecodeUtf8(input, count, units.get());
+  if (count - length > kSpareUnitsKept) {
+    Units exact = AllocateUnits(static_cast<uint64_t>(length) + 1);
+    if (exact != nullptr) {
+      kernel->memcpy(exact.get(), units.get(), ByteCount(length));
+      units = std::move(exact);
+    }
+  }
+  units[length] = 0;
+  const unsigned long appended = count != 0 ? kernel->wcslen(units.get()) : 0;
+  if (m_pBuffer != nullptr || appended == 0 || appended != count) {
+    AppendUnits(units.get(), appended);
     return;
   }
   // The first text, and exactly as long as the buffer that it was decoded into.
@@ -105,7 +107,6 @@ void PLString::AppendUTF8(const char* bytes, unsigned long byteCount) {
   m_pBuffer = units.release();
   m_capacity = static_cast<uint32_t>(count) + 1;
   m_length = static_cast<uint32_t>(count);
-  m_pBuffer[m_length] = 0;
 }
 
 void PLString::Empty() {
@@ -120,14 +121,26 @@ const unsigned short* PLString::GetBuffer() const { return m_pBuffer != nullptr 
 
 const char* PLString::GetUTF8() {
   if (m_length != 0 && m_pUTF8 == nullptr) {
-    m_pUTF8 = EncodeText(m_pBuffer, m_length);
+    m_pUTF8 = CopyUTF16to8(m_pBuffer);
   }
   return m_length != 0 && m_pUTF8 != nullptr ? m_pUTF8 : "";
 }
 
 char* PLString::CopyUTF16to8(const unsigned short* text) const {
   IPLKernel* kernel = IPLKernel::GetKernel();
-  return text != nullptr && kernel != nullptr ? EncodeText(text, kernel->wcslen(text)) : nullptr;
+  if (text == nullptr || text[0] == 0 || kernel == nullptr) {
+    return nullptr;
+  }
+  const unsigned long count = kernel->wcslen(text);
+  const uint64_t size = MaximalUtf8Size(text, count) + 1;
+  if (size > kMaximalByteCount) {
+    return nullptr;
+  }
+  char* bytes = static_cast<char*>(AllocateTrackedBytes(static_cast<unsigned int>(size)));
+  if (bytes != nullptr) {
+    bytes[EncodeUtf8(text, count, bytes)] = '\0';
+  }
+  return bytes;
 }
 
 unsigned long PLString::_UTF8toU16Char(const unsigned char* bytes, unsigned short* unit1, unsigned short* unit2) const {

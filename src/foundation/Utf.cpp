@@ -61,9 +61,6 @@ unsigned long DecodeUtf8(const unsigned char* bytes, unsigned long count, unsign
   while (bytes != end) {
     const unsigned char lead = *bytes;
     if (lead < 0x80) {
-      if (lead == 0) {
-        break;
-      }
       *units++ = lead;
       ++bytes;
       if (++run == kPromising) {
@@ -84,7 +81,7 @@ unsigned long DecodeUtf8(const unsigned char* bytes, unsigned long count, unsign
     const auto left = static_cast<unsigned long>(end - bytes);
     if (lead < 0xE0 && left >= 2) {
       const uint32_t value = (static_cast<uint32_t>(lead) << 6) + bytes[1] - kMarkerSum[2];
-      if (value - 1 < 0x7FFF) {
+      if (value < 0x8000) {
         *units++ = static_cast<unsigned short>(value);
         bytes += 2;
         continue;
@@ -92,7 +89,7 @@ unsigned long DecodeUtf8(const unsigned char* bytes, unsigned long count, unsign
     } else if (lead < 0xF0 && left >= 3) {
       const uint32_t value =
           (static_cast<uint32_t>(lead) << 12) + (static_cast<uint32_t>(bytes[1]) << 6) + bytes[2] - kMarkerSum[3];
-      if (value - 1 < 0xD800 - 1) {
+      if (value < 0xD800) {
         *units++ = static_cast<unsigned short>(value);
         bytes += 3;
         continue;
@@ -114,9 +111,6 @@ unsigned long DecodeUtf8(const unsigned char* bytes, unsigned long count, unsign
     }
     unsigned short second = 0;
     bytes += DecodeUtf8Sequence(bytes, *units, second);
-    if (*units == 0) {
-      break;
-    }
     ++units;
     if (second != 0) {
       *units++ = second;
@@ -125,26 +119,26 @@ unsigned long DecodeUtf8(const unsigned char* bytes, unsigned long count, unsign
   return static_cast<unsigned long>(units - first);
 }
 
-uint64_t MaximalUtf8Size(const unsigned short* units, unsigned long& count) {
+uint64_t MaximalUtf8Size(const unsigned short* units, unsigned long count) {
   uint64_t size = 0;
-  unsigned long i = CountUtf8Bytes(units, count, size);
-  for (; i < count && units[i] != 0; ++i) {
+  for (unsigned long i = CountUtf8Bytes(units, count, size); i < count; ++i) {
     size += 1U + (units[i] >= 0x80 ? 1U : 0U) + (units[i] >= 0x800 ? 1U : 0U);
   }
-  count = i;
   return size;
 }
 
 unsigned long EncodeUtf8(const unsigned short* units, unsigned long count, char* bytes) {
-  char* out = bytes;
+  const unsigned short* const end = units + count;
+  auto* out = reinterpret_cast<unsigned char*>(bytes);
   unsigned int run = 0;  // ASCII characters before this position
-  for (unsigned long i = 0; i < count;) {
-    uint32_t value = units[i++];
+  while (units != end) {
+    uint32_t value = *units++;
     if (value < 0x80) {
-      *out++ = static_cast<char>(value);
+      *out++ = static_cast<unsigned char>(value);
       if (++run == kPromising) {
-        const unsigned long narrowed = NarrowAsciiRun(units + i, count - i, out);
-        i += narrowed;
+        const unsigned long narrowed =
+            NarrowAsciiRun(units, static_cast<unsigned long>(end - units), reinterpret_cast<char*>(out));
+        units += narrowed;
         out += narrowed;
         run = 0;
       }
@@ -152,24 +146,27 @@ unsigned long EncodeUtf8(const unsigned short* units, unsigned long count, char*
     }
     run = 0;
     if (value < 0x800) {
-      *out++ = static_cast<char>(0xC0 | value >> 6);
-      *out++ = static_cast<char>(0x80 | (value & 0x3F));
+      out[0] = static_cast<unsigned char>(0xC0 | value >> 6);
+      out[1] = static_cast<unsigned char>(0x80 | (value & 0x3F));
+      out += 2;
       continue;
     }
     if (IsHighSurrogate(value)) {
-      if (i < count && IsLowSurrogate(units[i])) {
-        value = ((value - 0xD800) << 10) + (units[i++] - 0xDC00U) + 0x10000;
-        *out++ = static_cast<char>(0xF0 | value >> 18);
-        *out++ = static_cast<char>(0x80 | (value >> 12 & 0x3F));
-        *out++ = static_cast<char>(0x80 | (value >> 6 & 0x3F));
-        *out++ = static_cast<char>(0x80 | (value & 0x3F));
+      if (units != end && IsLowSurrogate(*units)) {
+        value = ((value - 0xD800) << 10) + (*units++ - 0xDC00U) + 0x10000;
+        out[0] = static_cast<unsigned char>(0xF0 | value >> 18);
+        out[1] = static_cast<unsigned char>(0x80 | (value >> 12 & 0x3F));
+        out[2] = static_cast<unsigned char>(0x80 | (value >> 6 & 0x3F));
+        out[3] = static_cast<unsigned char>(0x80 | (value & 0x3F));
+        out += 4;
         continue;
       }
       value = kReplacement;
     }
-    *out++ = static_cast<char>(0xE0 | value >> 12);
-    *out++ = static_cast<char>(0x80 | (value >> 6 & 0x3F));
-    *out++ = static_cast<char>(0x80 | (value & 0x3F));
+    out[0] = static_cast<unsigned char>(0xE0 | value >> 12);
+    out[1] = static_cast<unsigned char>(0x80 | (value >> 6 & 0x3F));
+    out[2] = static_cast<unsigned char>(0x80 | (value & 0x3F));
+    out += 3;
   }
-  return static_cast<unsigned long>(out - bytes);
+  return static_cast<unsigned long>(out - reinterpret_cast<unsigned char*>(bytes));
 }

@@ -12,13 +12,11 @@
 unsigned int DecodeUtf8Sequence(const unsigned char* bytes, unsigned short& unit1, unsigned short& unit2);
 
 /// Decodes count bytes into units, which have room for count, and returns how many the text has; those behind it may
-/// have been written too. The text ends before the first unit that would be zero; a sequence that the end cuts off is
-/// left out.
+/// have been written too. A sequence that the end cuts off is left out.
 unsigned long DecodeUtf8(const unsigned char* bytes, unsigned long count, unsigned short* units);
 
-/// Returns a size that is enough for EncodeUtf8: surrogates count three bytes each. count: the number of units; it
-/// becomes the number of those before the first zero, and only they are counted.
-uint64_t MaximalUtf8Size(const unsigned short* units, unsigned long& count);
+/// Returns a size that is enough for EncodeUtf8: surrogates count three bytes each.
+uint64_t MaximalUtf8Size(const unsigned short* units, unsigned long count);
 
 /// Encodes count units and returns how many bytes the text has; any of those that MaximalUtf8Size counts may be
 /// written.

@@ -2,12 +2,12 @@
 #include "foundation/UtfBlocks.h"
 
 #include <stdint.h>
-#include <string.h>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
-#elif defined(__ARM_FEATURE_SIMD32)
-#include <arm_acle.h>
+#elif defined(__arm__)
+#include <arm_neon.h>
+#include <sys/auxv.h>
 #endif
 
 namespace {
@@ -28,16 +28,13 @@ void WidenBlock(__m128i bytes, unsigned short* units) {
 template <unsigned int blocks>
 bool WidenBlocks(const unsigned char* bytes, unsigned short* units) {
   __m128i block[blocks];
-  block[0] = Load(bytes);
-  __m128i all = block[0];
-  __m128i least = block[0];
+  __m128i all = _mm_setzero_si128();
 #pragma GCC unroll 8
-  for (unsigned int i = 1; i < blocks; ++i) {
+  for (unsigned int i = 0; i < blocks; ++i) {
     block[i] = Load(bytes + i * kBlock);
     all = _mm_or_si128(all, block[i]);
-    least = _mm_min_epu8(least, block[i]);
   }
-  if (_mm_movemask_epi8(_mm_or_si128(all, _mm_cmpeq_epi8(least, _mm_setzero_si128()))) != 0) {
+  if (_mm_movemask_epi8(all) != 0) {
     return false;
   }
 #pragma GCC unroll 8
@@ -52,8 +49,7 @@ bool WidenBlocks(const unsigned char* bytes, unsigned short* units) {
 unsigned int WidenSome(const unsigned char* bytes, unsigned short* units) {
   const __m128i block = Load(bytes);
   WidenBlock(block, units);
-  const __m128i isZero = _mm_cmpeq_epi8(block, _mm_setzero_si128());
-  return static_cast<unsigned int>(_mm_movemask_epi8(_mm_or_si128(block, isZero)));
+  return static_cast<unsigned int>(_mm_movemask_epi8(block));
 }
 
 unsigned int NarrowSome(const unsigned short* units, char* bytes) {
@@ -73,145 +69,172 @@ __m128i FindUpTo(__m128i units, short limit) {
   return _mm_cmpeq_epi16(_mm_subs_epu16(units, _mm_set1_epi16(limit)), _mm_setzero_si128());
 }
 
-#else
+#elif defined(__arm__)
 
-// Words of four bytes, several to a block.
-constexpr unsigned int kWords = 4;
-constexpr unsigned long kBlock = kWords * sizeof(uint32_t);
+// Not every processor has the unit that does this, and the compiler is not told that there is one.
+#define IPL_NEON __attribute__((target("fpu=neon")))
 
-// The top bit of each byte that is zero or not ASCII is set; others may be set above such a byte.
-uint32_t FindStops(uint32_t word) {
-#if defined(__ARM_FEATURE_SIMD32)
-  return static_cast<uint32_t>(__qsub8(static_cast<int8x4_t>(word), 0x01010101));
-#else
-  return (word - 0x01010101U) | word;
-#endif
+constexpr unsigned long kBlock = 16;
+constexpr unsigned long kNeonBit = 1UL << 12;  // HWCAP_NEON
+
+const bool s_hasNeon = (::getauxval(AT_HWCAP) & kNeonBit) != 0;
+
+IPL_NEON unsigned long WidenWithNeon(const unsigned char* bytes, unsigned long count, unsigned short* units) {
+  unsigned long position = 0;
+  for (; count - position >= 2 * kBlock; position += 2 * kBlock) {
+    const uint8x16_t first = vld1q_u8(bytes + position);
+    const uint8x16_t second = vld1q_u8(bytes + position + kBlock);
+    const uint8x16_t all = vorrq_u8(first, second);
+    const uint64x1_t top = vreinterpret_u64_u8(vorr_u8(vget_low_u8(all), vget_high_u8(all)));
+    if ((vget_lane_u64(top, 0) & 0x8080808080808080U) != 0) {
+      break;
+    }
+    vst1q_u16(units + position, vmovl_u8(vget_low_u8(first)));
+    vst1q_u16(units + position + kBlock / 2, vmovl_u8(vget_high_u8(first)));
+    vst1q_u16(units + position + kBlock, vmovl_u8(vget_low_u8(second)));
+    vst1q_u16(units + position + kBlock + kBlock / 2, vmovl_u8(vget_high_u8(second)));
+  }
+  return position;
 }
 
-struct UnitPairs {
-  uint32_t first;
-  uint32_t second;
-};
-
-UnitPairs Widen(uint32_t word) {
-#if defined(__ARM_FEATURE_SIMD32)
-  const auto even = static_cast<uint32_t>(__uxtb16(word));
-  const auto odd = static_cast<uint32_t>(__uxtb16(word >> 8 | word << 24));
-  return {(even & 0xFFFFU) | odd << 16, (odd & 0xFFFF0000U) | even >> 16};
-#elif __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-  return {(word & 0xFFU) | (word & 0xFF00U) << 8, (word >> 16 & 0xFFU) | (word >> 24) << 16};
-#else
-#error "the order of a word's bytes is not known"
-#endif
-}
-
-bool WidenBlock(const unsigned char* bytes, unsigned short* units) {
-  uint32_t words[kWords];
-  memcpy(words, bytes, sizeof(words));
-  uint32_t stops = 0;
-  for (const uint32_t word : words) {
-    stops |= FindStops(word);
+IPL_NEON unsigned long NarrowWithNeon(const unsigned short* units, unsigned long count, char* bytes) {
+  unsigned long position = 0;
+  for (; count - position >= kBlock; position += kBlock) {
+    const uint16x8_t low = vld1q_u16(units + position);
+    const uint16x8_t high = vld1q_u16(units + position + kBlock / 2);
+    const uint16x8_t all = vorrq_u16(low, high);
+    const uint64x1_t top = vreinterpret_u64_u16(vorr_u16(vget_low_u16(all), vget_high_u16(all)));
+    if ((vget_lane_u64(top, 0) & 0xFF80FF80FF80FF80U) != 0) {
+      break;
+    }
+    vst1q_u8(reinterpret_cast<unsigned char*>(bytes) + position, vcombine_u8(vmovn_u16(low), vmovn_u16(high)));
   }
-  if ((stops & 0x80808080U) != 0) {
-    return false;
-  }
-  UnitPairs pairs[kWords];
-  for (unsigned int i = 0; i < kWords; ++i) {
-    pairs[i] = Widen(words[i]);
-  }
-  memcpy(units, pairs, sizeof(pairs));
-  return true;
-}
-
-bool NarrowBlock(const unsigned short* units, char* bytes) {
-  UnitPairs pairs[kWords];
-  memcpy(pairs, units, sizeof(pairs));
-  uint32_t all = 0;
-  for (const UnitPairs& pair : pairs) {
-    all |= pair.first | pair.second;
-  }
-  if ((all & 0xFF80FF80U) != 0) {
-    return false;
-  }
-  uint32_t words[kWords];
-  for (unsigned int i = 0; i < kWords; ++i) {
-    words[i] = ((pairs[i].first | pairs[i].first >> 8) & 0xFFFFU) | (pairs[i].second | pairs[i].second >> 8) << 16;
-  }
-  memcpy(bytes, words, sizeof(words));
-  return true;
+  return position;
 }
 
 #endif
 
 }  // namespace
 
-unsigned long WidenAsciiRun(const unsigned char* bytes, unsigned long count, unsigned short* units) {
-  unsigned long position = 0;
 #if defined(__SSE2__)
+
+unsigned long WidenAsciiRun(const unsigned char* bytes, unsigned long count, unsigned short* units) {
   constexpr unsigned int kTogether = 8;
+  unsigned long position = 0;
   while (count - position >= kBlock) {
     const unsigned int stops = WidenSome(bytes + position, units + position);
     if (stops != 0) {
       return position + FindFirst(stops);
     }
     position += kBlock;
-    while (count - position >= kTogether * kBlock && WidenBlocks<kTogether>(bytes + position, units + position)) {
-      position += kTogether * kBlock;
+    for (; count - position >= kTogether * kBlock; position += kTogether * kBlock) {
+      if (!WidenBlocks<kTogether>(bytes + position, units + position)) {
+        break;
+      }
     }
   }
-#else
-  while (count - position >= kBlock && WidenBlock(bytes + position, units + position)) {
-    position += kBlock;
-  }
-#endif
   return position;
 }
 
 unsigned long NarrowAsciiRun(const unsigned short* units, unsigned long count, char* bytes) {
   unsigned long position = 0;
-#if defined(__SSE2__)
-  while (count - position >= kBlock) {
+  for (; count - position >= kBlock; position += kBlock) {
     const unsigned int stops = NarrowSome(units + position, bytes + position);
     if (stops != 0) {
       return position + FindFirst(stops);
     }
-    position += kBlock;
   }
-#else
-  while (count - position >= kBlock && NarrowBlock(units + position, bytes + position)) {
-    position += kBlock;
-  }
-#endif
   return position;
 }
+
+#elif defined(__arm__)
+
+unsigned long WidenAsciiRun(const unsigned char* bytes, unsigned long count, unsigned short* units) {
+  return s_hasNeon ? WidenWithNeon(bytes, count, units) : 0;
+}
+
+unsigned long NarrowAsciiRun(const unsigned short* units, unsigned long count, char* bytes) {
+  return s_hasNeon ? NarrowWithNeon(units, count, bytes) : 0;
+}
+
+#else
+
+unsigned long WidenAsciiRun(const unsigned char*, unsigned long, unsigned short*) { return 0; }
+
+unsigned long NarrowAsciiRun(const unsigned short*, unsigned long, char*) { return 0; }
+
+#endif
 
 unsigned long CountUtf8Bytes(const unsigned short* units, unsigned long count, uint64_t& size) {
   unsigned long position = 0;
 #if defined(__SSE2__)
-  constexpr unsigned long kLanes = 8;
-  constexpr unsigned long kRound = 0x1000 * kLanes;  // sums of 16 bits hold what so many units add
-  bool isZeroFound = false;
-  while (count - position >= kLanes && !isZeroFound) {
-    const unsigned long begin = position;
-    const unsigned long end = position + (count - position < kRound ? (count - position) / kLanes * kLanes : kRound);
-    __m128i saved = _mm_setzero_si128();  // bytes that are not needed, of three for each unit
-    for (; position < end; position += kLanes) {
-      const __m128i block = Load(units + position);
-      isZeroFound = _mm_movemask_epi8(_mm_cmpeq_epi16(block, _mm_setzero_si128())) != 0;
-      if (isZeroFound) {
-        break;
-      }
-      saved = _mm_sub_epi16(saved, _mm_add_epi16(FindUpTo(block, 0x7F), FindUpTo(block, 0x7FF)));
+  constexpr unsigned long kTogether = 4;
+  constexpr unsigned long kUnits = kTogether * kBlock / 2;
+  for (; count - position >= kUnits; position += kUnits) {
+    __m128i block[kTogether];
+    __m128i all = _mm_setzero_si128();
+#pragma GCC unroll 4
+    for (unsigned long i = 0; i < kTogether; ++i) {
+      block[i] = Load(units + position + i * kBlock / 2);
+      all = _mm_or_si128(all, block[i]);
     }
-    __m128i sums = _mm_madd_epi16(saved, _mm_set1_epi16(1));
-    sums = _mm_add_epi32(sums, _mm_shuffle_epi32(sums, _MM_SHUFFLE(1, 0, 3, 2)));
-    sums = _mm_add_epi32(sums, _mm_shuffle_epi32(sums, _MM_SHUFFLE(2, 3, 0, 1)));
-    size += 3 * (position - begin) - static_cast<unsigned int>(_mm_cvtsi128_si32(sums));
+    size += kUnits;
+    if (_mm_movemask_epi8(FindUpTo(all, 0x7F)) == 0xFFFF) {
+      continue;
+    }
+    __m128i more = _mm_set1_epi16(2 * kTogether);  // bytes beyond the first, at most, in each lane
+#pragma GCC unroll 4
+    for (unsigned long i = 0; i < kTogether; ++i) {
+      more = _mm_add_epi16(more, _mm_add_epi16(FindUpTo(block[i], 0x7F), FindUpTo(block[i], 0x7FF)));
+    }
+    // The lanes are small: their low bytes hold them.
+    const __m128i sums = _mm_sad_epu8(more, _mm_setzero_si128());
+    size += static_cast<unsigned int>(_mm_cvtsi128_si32(sums)) +
+            static_cast<unsigned int>(_mm_cvtsi128_si32(_mm_unpackhi_epi64(sums, sums)));
   }
 #else
-  for (; position < count && units[position] != 0; ++position) {
-    size += 1U + (units[position] >= 0x80 ? 1U : 0U) + (units[position] >= 0x800 ? 1U : 0U);
-  }
+  static_cast<void>(units);
+  static_cast<void>(count);
+  static_cast<void>(size);
 #endif
   return position;
 }
+
+#if defined(__SSE2__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
+// Reads whole blocks at their alignment, which never reach into another page than the text's last unit.
+unsigned long CountUntilZero(const unsigned short* units) {
+  constexpr unsigned long kTogether = 4;
+  const unsigned short* position = units;
+  for (; reinterpret_cast<uintptr_t>(position) % (kTogether * kBlock) != 0; ++position) {
+    if (*position == 0) {
+      return static_cast<unsigned long>(position - units);
+    }
+  }
+  for (;; position += kTogether * kBlock / 2) {
+    __m128i isZero = _mm_setzero_si128();
+#pragma GCC unroll 4
+    for (unsigned long i = 0; i < kTogether; ++i) {
+      isZero = _mm_or_si128(isZero, _mm_cmpeq_epi16(Load(position + i * kBlock / 2), _mm_setzero_si128()));
+    }
+    if (_mm_movemask_epi8(isZero) != 0) {
+      break;
+    }
+  }
+  while (*position != 0) {
+    ++position;
+  }
+  return static_cast<unsigned long>(position - units);
+}
+
+#else
+
+unsigned long CountUntilZero(const unsigned short* units) {
+  unsigned long length = 0;
+  while (units[length] != 0) {
+    ++length;
+  }
+  return length;
+}
+
+#endif

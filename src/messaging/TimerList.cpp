@@ -7,10 +7,21 @@ namespace TimerList {
 
 namespace {
 
-// Up to this number of records, finding each one's place is cheaper than a merge with the whole list.
-constexpr unsigned long kFewRecords = 16;
-
 bool FiresBefore(const TimerRecord* left, const TimerRecord* right) { return left->fireTime < right->fireTime; }
+
+// Returns where the records that are due end; those from low on are in order.
+unsigned long CountDueFrom(const PLArray<TimerRecord*>& list, unsigned long low, IPLKernel::Time now) {
+  unsigned long high = list.GetSize();
+  while (low < high) {
+    const unsigned long middle = low + (high - low) / 2;
+    if (list[middle]->fireTime <= now) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low;
+}
 
 // Removes count entries from first on and closes the gap once.
 void RemoveRange(PLArray<TimerRecord*>& list, unsigned long first, unsigned long count) {
@@ -34,32 +45,16 @@ bool Insert(PLArray<TimerRecord*>& list, TimerRecord* record) {
 
 void RemoveFront(PLArray<TimerRecord*>& list, unsigned long count) { RemoveRange(list, 0, count); }
 
-unsigned long CountDue(const PLArray<TimerRecord*>& list, IPLKernel::Time now) {
-  unsigned long low = 0;
-  unsigned long high = list.GetSize();
-  while (low < high) {
-    const unsigned long middle = low + (high - low) / 2;
-    if (list[middle]->fireTime <= now) {
-      low = middle + 1;
-    } else {
-      high = middle;
-    }
-  }
-  return low;
+void RearmFirst(PLArray<TimerRecord*>& list) {
+  TimerRecord* record = list[0];
+  const unsigned long end = CountDueFrom(list, 1, record->fireTime);
+  IPLKernel::GetKernel()->memmove(&list[0], &list[0] + 1, (end - 1) * sizeof(TimerRecord*));
+  list[end - 1] = record;
 }
 
+unsigned long CountDue(const PLArray<TimerRecord*>& list, IPLKernel::Time now) { return CountDueFrom(list, 0, now); }
+
 void Rearm(PLArray<TimerRecord*>& list, unsigned long removed, unsigned long kept) {
-  if (kept <= kFewRecords) {
-    TimerRecord* few[kFewRecords];
-    for (unsigned long i = 0; i < kept; ++i) {
-      few[i] = list[i];
-    }
-    RemoveRange(list, 0, removed);
-    for (unsigned long i = 0; i < kept; ++i) {
-      static_cast<void>(Insert(list, few[i]));  // the list was longer before: it has the room
-    }
-    return;
-  }
   RemoveRange(list, kept, removed - kept);
   TimerRecord** begin = &list[0];
   TimerRecord** end = begin + list.GetSize();

@@ -28,6 +28,9 @@ bool Insert(PLArray<TimerRecord*>& list, TimerRecord* record);
 /// Returns how many records at the front have a fire time of now or before.
 unsigned long CountDue(const PLArray<TimerRecord*>& list, IPLKernel::Time now);
 
+/// Moves the first record, whose fire time was set anew, behind all records with that fire time or an earlier one.
+void RearmFirst(PLArray<TimerRecord*>& list);
+
 /// Removes the first count records.
 void RemoveFront(PLArray<TimerRecord*>& list, unsigned long count);
 

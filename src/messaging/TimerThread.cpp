@@ -133,6 +133,13 @@ void KernelTimerManager::FireDue(PLArray<TimerRecord*>& list, IPLKernel::Time no
   if (due == 0) {
     return;
   }
+  TimerRecord* first = list[0];
+  if (due == 1 && first->periodic) {
+    first->fireTime = SaturatingAdd(first->interval, now);
+    TimerList::RearmFirst(list);
+    PostTimerMessage(*first, kernelNow, gmtNow);
+    return;
+  }
   if (due <= kFew) {
     TimerRecord* few[kFew];
     for (unsigned long i = 0; i < due; ++i) {

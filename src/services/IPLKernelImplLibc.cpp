@@ -6,6 +6,7 @@
 #include <string.h>
 #include <strings.h>
 
+#include "foundation/UtfBlocks.h"
 #include "kernel/IPLKernelImpl.h"
 
 void* IPLKernelImpl::memset(void* destination, int value, unsigned long count) {
@@ -28,16 +29,7 @@ void IPLKernelImpl::qsort(void* base, unsigned long count, int size, void* compa
   ::qsort(base, count, static_cast<size_t>(size), reinterpret_cast<int (*)(const void*, const void*)>(compare));
 }
 
-unsigned long IPLKernelImpl::wcslen(const unsigned short* text) {
-  if (text == nullptr) {
-    return 0;
-  }
-  unsigned long length = 0;
-  while (text[length] != 0) {
-    ++length;
-  }
-  return length;
-}
+unsigned long IPLKernelImpl::wcslen(const unsigned short* text) { return text != nullptr ? CountUntilZero(text) : 0; }
 
 unsigned long IPLKernelImpl::strlen(const char* text) { return text != nullptr ? ::strlen(text) : 0; }
 

@@ -20,7 +20,8 @@ struct PLContractLayout<KernelEvent> {
 
 // Construction has no result. Where the system refuses a recursive mutex an ordinary one remains, which serves: no
 // operation takes it twice.
-KernelEvent::KernelEvent(bool manualReset) : m_cond(), m_signaled(false), m_manualReset(manualReset), m_waking(0) {
+KernelEvent::KernelEvent(bool manualReset)
+    : m_cond(), m_signaled(false), m_manualReset(manualReset), m_waiters(0), m_waking(0) {
   static_cast<void>(m_mutex.InitialiseRecursive());
   ::pthread_cond_init(&m_cond, nullptr);
 }
@@ -58,6 +59,9 @@ bool KernelEvent::BeginSet() {
     return false;
   }
   m_signaled = true;
+  if (m_waiters == 0) {
+    return false;
+  }
   m_waking.fetch_add(1, std::memory_order_relaxed);
   return true;
 }
@@ -79,7 +83,9 @@ bool KernelEvent::Wait(IPLKernel::Time timeout) {
       signaled = true;  // no clock is read for an event that is set
     } else {
       WaitDeadline deadline = WaitDeadline::After(timeout);
+      ++m_waiters;
       signaled = WaitUntil(deadline);
+      --m_waiters;
     }
     if (signaled && !m_manualReset) {
       m_signaled = false;

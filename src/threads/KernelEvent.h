@@ -30,7 +30,7 @@ class KernelEvent : public IPLKernel::Event, public TrackedObject {
   bool IsSet() override;
 
   /// Set in two steps, for a caller that holds a lock which the woken threads want. BeginSet sets the flag. If it
-  /// returns true FinishSet, which wakes them, has to follow, with the lock given up.
+  /// returns true somebody waits, and FinishSet, which wakes them, has to follow, with the lock given up.
   bool BeginSet();
   void FinishSet();
 
@@ -45,7 +45,9 @@ class KernelEvent : public IPLKernel::Event, public TrackedObject {
   pthread_cond_t m_cond;  // on the real-time clock; used with m_mutex
   bool m_signaled PL_GUARDED_BY(m_mutex);
   bool m_manualReset;  // never changes
-  // Behind the fields of the contract: how many threads are between BeginSet and the end of FinishSet.
+  // Behind the fields of the contract: how many threads wait (there is no address space for more of them), and how many
+  // are between BeginSet and the end of FinishSet.
+  uint16_t m_waiters PL_GUARDED_BY(m_mutex);
   std::atomic<uint32_t> m_waking;
 };
 

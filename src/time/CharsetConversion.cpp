@@ -42,7 +42,7 @@ unsigned long OneCharacter(const ConversionBuffers& buffers) {
 }
 
 // Memory for count bytes and a terminating unit.
-TrackedBytesPtr<char> AllocateOutput(uint64_t count) {
+TrackedBytesPtr<char> AllocateText(uint64_t count) {
   if (count > UINT32_MAX - 8 - kUnitSize) {
     return nullptr;
   }
@@ -65,7 +65,7 @@ ConversionStatus ConvertToPLString(const char* source, unsigned long sourceLengt
   for (uint64_t factor = 4;; factor *= 2) {
     const uint64_t room = factor * sourceLength;
     output = nullptr;
-    output = AllocateOutput(room);
+    output = AllocateText(room);
     if (output == nullptr) {
       target.Empty();
       bytesConsumed = 0;
@@ -104,19 +104,19 @@ ConversionStatus ConvertFromPLString(const PLString& source, char* target, unsig
   if (target == nullptr || targetSize == 0) {
     return ConversionStatus::kNoRoom;
   }
-  const unsigned short mark[] = {kByteOrderMark, 0};
-  PLString text;
-  text.Append(mark);
-  text.Append(source.GetBuffer());
-  const unsigned long length = IPLKernel::GetKernel()->wcslen(source.GetBuffer());
-  if (text.GetLength() != 1 + length) {  // no memory for it
+  IPLKernel* kernel = IPLKernel::GetKernel();
+  const unsigned long length = kernel->wcslen(source.GetBuffer());
+  const unsigned long inputSize = kUnitSize * (1 + length);
+  const TrackedBytesPtr<char> input = AllocateText(inputSize);
+  if (input == nullptr) {
     target[0] = '\0';
     return ConversionStatus::kOtherError;
   }
-  const unsigned long inputSize = kUnitSize * (1 + length);
+  kernel->memcpy(input.get(), &kByteOrderMark, kUnitSize);
+  kernel->memcpy(input.get() + kUnitSize, source.GetBuffer(), kUnitSize * length);
   unsigned long skipped = 0;
   // One byte of the target is kept for the terminating zero.
-  ConversionBuffers buffers = {reinterpret_cast<const char*>(text.GetBuffer()), inputSize, target, targetSize - 1};
+  ConversionBuffers buffers = {input.get(), inputSize, target, targetSize - 1};
   const ConversionStatus status = ConvertAll(converter, buffers, skipInvalid, OneCharacter, skipped);
   *buffers.output = '\0';
   bytesWritten = static_cast<unsigned long>(buffers.output - target) + 1;

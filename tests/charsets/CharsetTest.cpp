@@ -123,10 +123,10 @@ TEST_F(CharsetTest, MemoryExhausted) {
   for (const long successes : {1, 2}) {  // one for the text that is passed
     memory.FailAfter(successes, 1);
     EXPECT_EQ(Decode("UTF-8", "a", false, E2BIG), "4  0");
-    memory.FailAfter(successes, 1);
-    EXPECT_EQ(Encode("UTF-8", u"a", 9, false), "4  1 0");
   }
-  EXPECT_EQ(memory.Failures(), 4);
+  memory.FailAfter(1, 1);
+  EXPECT_EQ(Encode("UTF-8", u"a", 9, false), "4  1 0");
+  EXPECT_EQ(memory.Failures(), 3);
   EXPECT_EQ(memory.Held(), 0);
 }
 

@@ -107,6 +107,7 @@ void MeasureTexts(Meter& meter) {
       text.Empty();
       text.AppendUTF8(bytes.data(), length);
     });
+    meter.Measure(("length" + suffix).c_str(), [&] { s_sink = s_kernel->wcslen(text.GetBuffer()); });
     meter.Measure(("utf8-append" + suffix).c_str(), [&] {
       PLString other;
       other.AppendUTF8("x", 1);
@@ -126,10 +127,16 @@ void MeasureTexts(Meter& meter) {
 }
 
 void MeasureMemoryAndClocks(Meter& meter) {
-  meter.Measure("malloc-free", [] { free(malloc(40)); });
-  meter.Measure("alloc-free", [] { s_kernel->Free(s_kernel->Alloc(40, nullptr, 0), nullptr, 0); });
+  meter.Measure("malloc-free", [] {
+    void* volatile block = malloc(40);
+    free(block);
+  });
+  meter.Measure("alloc-free", [] {
+    void* volatile block = s_kernel->Alloc(40, nullptr, 0);
+    s_kernel->Free(block, nullptr, 0);
+  });
   meter.Measure("new-delete", [] {
-    void* object = operator new(40, nullptr, 0, static_cast<PLMem_Selector_PL_NEW_DELETE*>(nullptr));
+    void* volatile object = operator new(40, nullptr, 0, static_cast<PLMem_Selector_PL_NEW_DELETE*>(nullptr));
     operator delete(object, nullptr, 0, static_cast<PLMem_Selector_PL_NEW_DELETE*>(nullptr));
   });
   meter.Measure("unique-id", [] { s_sink = s_kernel->GetUniqueID(); });
