@@ -153,7 +153,7 @@ unsigned long EncodeUtf8(const unsigned short* units, unsigned long count, char*
     }
     if (IsHighSurrogate(value)) {
       if (units != end && IsLowSurrogate(*units)) {
-        value = ((value - 0xD800) << 10) + (*units++ - 0xDC00U) + 0x10000;
+        value = (value << 10) + *units++ - ((0xD800U << 10) + 0xDC00U - 0x10000U);
         out[0] = static_cast<unsigned char>(0xF0 | value >> 18);
         out[1] = static_cast<unsigned char>(0x80 | (value >> 12 & 0x3F));
         out[2] = static_cast<unsigned char>(0x80 | (value >> 6 & 0x3F));

@@ -28,6 +28,32 @@ IPLKernel::Time WaitForFirst(const PLArray<TimerRecord*>& list, IPLKernel::Time 
   return now < fireTime ? SaturatingSubtract(fireTime, now) : IPLKernel::Time(1);
 }
 
+// Holds the lock of the queue that many messages are posted to, one after the other: their receiver would contend for it
+// with each of them.
+class QueueLock {
+ public:
+  QueueLock() = default;
+  ~QueueLock() { MoveTo(nullptr); }
+  QueueLock(const QueueLock&) = delete;
+  QueueLock& operator=(const QueueLock&) = delete;
+
+  void MoveTo(IPLKernel::MessageQueue* queue) PL_NO_THREAD_SAFETY_ANALYSIS {
+    if (queue == m_pQueue) {
+      return;
+    }
+    if (m_pQueue != nullptr) {
+      m_pQueue->Unlock();
+    }
+    if (queue != nullptr) {
+      queue->Lock();
+    }
+    m_pQueue = queue;
+  }
+
+ private:
+  IPLKernel::MessageQueue* m_pQueue = nullptr;  // not owned
+};
+
 }  // namespace
 
 void KernelTimerManager::StaticTimerThreadProc(IPLKernel::Thread*, void* manager) {
@@ -152,8 +178,10 @@ void KernelTimerManager::FireDue(PLArray<TimerRecord*>& list, IPLKernel::Time no
     return;
   }
   unsigned long kept = 0;
+  QueueLock lock;
   for (unsigned long i = 0; i < due; ++i) {
     TimerRecord* record = list[i];
+    lock.MoveTo(record->queue);
     PostTimerMessage(*record, kernelNow, gmtNow);
     if (record->periodic) {
       record->fireTime = SaturatingAdd(record->interval, now);
