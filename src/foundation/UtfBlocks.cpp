@@ -112,6 +112,21 @@ IPL_NEON unsigned long NarrowWithNeon(const unsigned short* units, unsigned long
   return position;
 }
 
+IPL_NEON unsigned long CountWithNeon(const unsigned short* units, unsigned long count, uint64_t& size) {
+  constexpr unsigned long kLanes = 8;
+  uint32x4_t more = vdupq_n_u32(0);  // bytes beyond the first: enough for all that fits 32 bits of address
+  unsigned long position = 0;
+  for (; count - position >= kLanes; position += kLanes) {
+    const uint16x8_t block = vld1q_u16(units + position);
+    // Each comparison gives -1 or 0.
+    const uint16x8_t less = vaddq_u16(vcgtq_u16(block, vdupq_n_u16(0x7F)), vcgtq_u16(block, vdupq_n_u16(0x7FF)));
+    more = vpadalq_u16(more, vsubq_u16(vdupq_n_u16(0), less));
+  }
+  const uint64x2_t sums = vpaddlq_u32(more);
+  size += position + vgetq_lane_u64(sums, 0) + vgetq_lane_u64(sums, 1);
+  return position;
+}
+
 #endif
 
 }  // namespace
@@ -192,6 +207,8 @@ unsigned long CountUtf8Bytes(const unsigned short* units, unsigned long count, u
     size += static_cast<unsigned int>(_mm_cvtsi128_si32(sums)) +
             static_cast<unsigned int>(_mm_cvtsi128_si32(_mm_unpackhi_epi64(sums, sums)));
   }
+#elif defined(__arm__)
+  position = s_hasNeon ? CountWithNeon(units, count, size) : 0;
 #else
   static_cast<void>(units);
   static_cast<void>(count);

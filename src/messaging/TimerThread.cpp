@@ -28,8 +28,8 @@ IPLKernel::Time WaitForFirst(const PLArray<TimerRecord*>& list, IPLKernel::Time 
   return now < fireTime ? SaturatingSubtract(fireTime, now) : IPLKernel::Time(1);
 }
 
-// Holds the lock of the queue that many messages are posted to, one after the other: their receiver would contend for it
-// with each of them.
+// Holds the lock of the queue that many messages are posted to, one after the other: their receiver would contend for
+// it with each of them.
 class QueueLock {
  public:
   QueueLock() = default;
