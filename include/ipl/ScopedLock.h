@@ -36,7 +36,8 @@ class PL_SCOPED_CAPABILITY ScopedLock {
 ///   ipl::ScopedTryLock guard(*mutex);
 ///   if (!guard) ...                      // another thread holds it
 ///
-/// Clang's lock analysis cannot follow it: where that is used, call TryLock and adopt the lock. [owner] The mutex is the only lock that it takes.
+/// Clang's lock analysis cannot follow it: where that is used, call TryLock and adopt the lock. [owner] The mutex is
+/// the only lock that it takes.
 class ScopedTryLock {
  public:
   /// Takes the mutex if that needs no waiting. Stores no error. [any thread]

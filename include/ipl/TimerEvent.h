@@ -9,7 +9,8 @@
 
 namespace ipl {
 
-/// What the message of a timer says, as a value of its own; empty, with zeros, for any other message. [owner] Takes no lock.
+/// What the message of a timer says, as a value of its own; empty, with zeros, for any other message. [owner] Takes no
+/// lock.
 struct TimerEvent {
   unsigned long timerID;           ///< what SetTimer or SetTimerGMT returned; 0: this is empty
   IPLKernel::Time fireTimeKernel;  ///< the kernel's time when the timer fired
