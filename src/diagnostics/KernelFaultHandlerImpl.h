@@ -8,8 +8,8 @@
 #include <ipl/KernelFaultHandler.h>
 
 /// The crash report. All static operations but GetFaultHandler are safe in a signal handler: they work on the stack,
-/// allocate nothing, take no lock and call no more than write, open, read, close, getpid, getuid and abort. The text
-/// helpers are this class's own, and compiled so that the compiler does not turn them into calls of the C library.
+/// allocate nothing, take no lock and call no more than write, open, read, close, getpid, getuid and abort. Its
+/// functions for text are its own, and compiled so that the compiler does not turn them into calls of the C library.
 class KernelFaultHandlerImpl : public KernelFaultHandler {
  public:
   struct SignalInfo {

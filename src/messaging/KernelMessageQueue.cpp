@@ -122,7 +122,11 @@ IPLKernel::Message* KernelMessageQueue::Receive(IPLKernel::Time timeout) {
     return nullptr;
   }
   KernelLockGuard guard(m_pMutex);
-  return TakeFirst();
+  KernelMessage* message = TakeFirst();
+  if (message == nullptr) {
+    m_pEvent->Clear();  // a client that changed the list without its lock may have left it set
+  }
+  return message;
 }
 
 KernelMessage* KernelMessageQueue::TakeFirst() {

@@ -45,8 +45,8 @@ class KernelEvent : public IPLKernel::Event, public TrackedObject {
   pthread_cond_t m_cond;  // on the real-time clock; used with m_mutex
   bool m_signaled PL_GUARDED_BY(m_mutex);
   bool m_manualReset;  // never changes
-  // Behind the fields of the contract: how many threads wait (there is no address space for more of them), and how many
-  // are between BeginSet and the end of FinishSet.
+  // Behind the fields of the contract: how many threads wait (a process has not the memory maps for the stacks of
+  // more), and how many are between BeginSet and the end of FinishSet.
   uint16_t m_waiters PL_GUARDED_BY(m_mutex);
   std::atomic<uint32_t> m_waking;
 };

@@ -30,5 +30,6 @@ if grep '^u ' "$symbols"; then
   fail "unique symbols: a module that shares one is never unloaded"
 fi
 if ! diff -u --label "wanted: $list" --label "exported by $library" "$list" "$symbols"; then
-  fail "the exported symbols have changed (lines with + are new, lines with - are gone)"
+  fail "the exported symbols have changed (lines with + are new, lines with - are gone); for a wanted change:" \
+    "$0 $nm $objdump $library --print > $list"
 fi

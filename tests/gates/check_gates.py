@@ -6,7 +6,7 @@ A line of that file: TARGET FIGURE MEASURE BUDGET, where TARGET is native, arm o
 whose figure was not measured, is a failure. Measures:
 
   instructions   of the calling thread: by callgrind on native, counted one by one by the emulator on arm
-  calls          system calls of all threads; MEASURE may also be the name of one, as futex
+  calls          system calls of the calling thread; MEASURE may also be the name of one, as futex: then of all threads
   allocations    calls of malloc, calloc and realloc
   bytes, count   of the library's file, as size and readelf tell them
 """
@@ -78,12 +78,13 @@ def calls_of_strace(probe, rounds, names):
     with tempfile.NamedTemporaryFile("r") as log:
         run(["strace", "-f", "-qq", "-e", "signal=none", "-o", log.name, probe[0], str(rounds), *probe[1:]])
         figures = {}
+        marker = log.readline().split()[0]  # the first thread
         for operation, line in marks_of(names, log, lambda line: "resumed>" not in line):
-            call = re.match(r"\d+ +(\w+)\(", line)
+            call = re.match(r"(\d+) +(\w+)\(", line)
             if call:
                 counts = figures.setdefault(operation, collections.Counter())
-                counts["calls"] += 1 / rounds
-                counts[call[1]] += 1 / rounds
+                counts["calls"] += (call[1] == marker) / rounds
+                counts[call[2]] += 1 / rounds
         return {name: figures.get(name, collections.Counter()) for name in names}
 
 

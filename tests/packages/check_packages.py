@@ -80,6 +80,8 @@ class Checker:
         glibc = elf.libraries.get("GLIBC", ())
         if self.max_glibc and glibc > self.max_glibc:
             self.find("glibc-too-new", package, path, "needs the C library " + dotted(glibc))
+        if path.endswith("/libIPLKernel.so"):
+            print(f"{path}: loads from {oldest(elf.libraries, elf.kernel or ())} on")
         for family, needed in elf.libraries.items():
             self.libraries[family] = max(self.libraries.get(family, ()), needed)
         self.kernel = max(self.kernel, elf.kernel or ())
@@ -90,6 +92,11 @@ class Checker:
         for line in text.splitlines():
             if ABSOLUTE.search(line) and not line.startswith("#"):
                 self.find("pc-not-relocatable", package, path, "names a fixed place: " + line)
+
+
+def oldest(libraries, kernel):
+    return (f"C library {dotted(libraries.get('GLIBC', ()))}, C++ library {dotted(libraries.get('GLIBCXX', ()))}, "
+            f"Linux {dotted(kernel)}")
 
 
 def dotted(numbers):
@@ -108,8 +115,7 @@ def main():
     if checker.elf_count == 0:
         print("nothing-checked: no package has a program or library")
         return 1
-    print(f"{checker.elf_count} programs and libraries. Oldest system: C library {dotted(checker.libraries.get('GLIBC', ()))}, "
-          f"C++ library {dotted(checker.libraries.get('GLIBCXX', ()))}, Linux {dotted(checker.kernel)}")
+    print(f"{checker.elf_count} programs and libraries: together from {oldest(checker.libraries, checker.kernel)} on")
     return 1 if checker.findings else 0
 
 
