@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The fault handler's own functions for text, numbers and output. This file is compiled without the compiler's knowledge
-// of the C library, so that the loops below stay loops.
+// The fault handler's own functions for text, numbers and output. This file is compiled without the compiler's
+// knowledge of the C library, so that the loops below stay loops.
 #include <errno.h>
 #include <unistd.h>
 
