@@ -81,7 +81,7 @@ class Checker:
         if self.max_glibc and glibc > self.max_glibc:
             self.find("glibc-too-new", package, path, "needs the C library " + dotted(glibc))
         if path.endswith("/libIPLKernel.so"):
-            print(f"{path}: loads from {oldest(elf.libraries, elf.kernel or ())} on")
+            print(f"{path}: Oldest system: {oldest(elf.libraries, elf.kernel or ())}")
         for family, needed in elf.libraries.items():
             self.libraries[family] = max(self.libraries.get(family, ()), needed)
         self.kernel = max(self.kernel, elf.kernel or ())
@@ -115,7 +115,7 @@ def main():
     if checker.elf_count == 0:
         print("nothing-checked: no package has a program or library")
         return 1
-    print(f"{checker.elf_count} programs and libraries: together from {oldest(checker.libraries, checker.kernel)} on")
+    print(f"{checker.elf_count} programs and libraries. Oldest system: {oldest(checker.libraries, checker.kernel)}")
     return 1 if checker.findings else 0
 
 
