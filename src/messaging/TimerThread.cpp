@@ -150,8 +150,8 @@ void KernelTimerManager::DispatchTimers(IPLKernel::Time& wait) {
 }
 
 // A record that is re-armed fires after now, hence not again in this pass: it is enough to look at those due when the
-// pass begins. A few are taken out first, as the list is then right when a client sees its message; many stay until all
-// have fired, and the gap that they leave is closed once.
+// pass begins. A single periodic one only moves to its new place. A few are taken out first, as the list is then right
+// when a client sees its message; many stay until all have fired, and the gap that they leave is closed once.
 void KernelTimerManager::FireDue(PLArray<TimerRecord*>& list, IPLKernel::Time now, IPLKernel::Time kernelNow,
                                  IPLKernel::Time gmtNow) {
   constexpr unsigned long kFew = 16;

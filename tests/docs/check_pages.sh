@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # check_pages.sh SOURCE_DIR COMPILER LIBRARY HOST WORK_DIR [EMULATOR...]: takes the programs and the commands that build and
-# run them out of README.md and the first pages, does what their reader would do, one page after the other in one folder,
+# run them out of README.md, the first pages and that of the optional layer, does what their reader would do, one page after the other in one folder,
 # and compares the output with what the page promises ("# prints: TEXT" behind a command).
 set -euo pipefail
 source_dir=$1 compiler=$2 library=$3 host=$4 work=$5
@@ -17,7 +17,7 @@ cd "$work"
 compile() { "$compiler" -Wall -Wextra -Wpedantic -Wshadow -Wold-style-cast -Werror "$@"; }
 
 promises=0
-for page in README docs/first-module docs/first-host; do
+for page in README docs/first-module docs/first-host docs/layer; do
   # Each block goes to the file that its first line names; the lines of sh blocks to commands.
   rm -f commands
   awk '/^```cpp/ { block = "cpp"; next } /^```sh/ { block = "sh"; next } /^```/ { block = ""; file = ""; next }
