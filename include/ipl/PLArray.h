@@ -12,11 +12,11 @@
 /// @file
 /// An array.
 
-/// For PLArray alone, and the same for every element type: returns a buffer for size elements or more, its unused part
-/// zero, and their number in capacity. It holds what was in data if the elements are plain data. Null, with capacity as
-/// it was, if memory is exhausted or a size does not fit 32 bits. [owner] Takes no lock.
-inline void* PLArray_Grow(const void* data, uint32_t used, uint32_t& capacity, unsigned long size,
-                          unsigned long elementSize, bool plainData) {
+/// For PLArray alone, and the same for every element type: moves the used elements of data to a buffer for size elements
+/// or more, frees data and returns the buffer, its unused part zero. Null, and nothing is done, if memory is exhausted or
+/// a size does not fit 32 bits. It is seldom called, so it is kept out of the way of what is not. [owner] Takes no lock.
+IPL_NEVER_INLINE inline void* PLArray_Grow(void* data, uint32_t used, uint32_t& capacity, unsigned long size,
+                                           unsigned long elementSize, bool plainData) {
   uint64_t count = size;
   if (capacity != 0) {
     const uint64_t step = 2 * static_cast<uint64_t>(capacity);
@@ -32,11 +32,20 @@ inline void* PLArray_Grow(const void* data, uint32_t used, uint32_t& capacity, u
     return nullptr;
   }
   IPLKernel* kernel = IPLKernel::GetKernel();
-  if (plainData && data != nullptr) {
-    kernel->memcpy(memory, data, capacity * elementSize);
+  unsigned char* const bytes = static_cast<unsigned char*>(memory);
+  const unsigned long usedBytes = used * elementSize;
+  if (plainData) {
+    if (data != nullptr) {
+      kernel->memcpy(bytes, data, capacity * elementSize);
+    }
+    kernel->memset(bytes + usedBytes, 0, byteCount - usedBytes);
+  } else {
+    kernel->memset(bytes, 0, byteCount);
+    for (unsigned long i = 0; i < usedBytes; ++i) {
+      bytes[i] = static_cast<const unsigned char*>(data)[i];
+    }
   }
-  const unsigned long usedBytes = plainData ? used * elementSize : 0;
-  kernel->memset(static_cast<char*>(memory) + usedBytes, 0, byteCount - usedBytes);
+  operator delete(data, 0U, nullptr, 0, static_cast<PLMem_Selector_PL_MALLOC_FREE*>(nullptr));
   capacity = static_cast<uint32_t>(count);
   return memory;
 }
@@ -61,7 +70,9 @@ class PLArray {
     SetSize(0);
   }
 
-  virtual ~PLArray() { FreeBuffer(m_pData); }  // slots 0, 1
+  virtual ~PLArray() {  // slots 0, 1
+    operator delete(m_pData, 0U, nullptr, 0, static_cast<PLMem_Selector_PL_MALLOC_FREE*>(nullptr));
+  }
 
   PLArray(const PLArray&) = delete;
   PLArray& operator=(const PLArray&) = delete;
@@ -126,7 +137,14 @@ class PLArray {
   }
 
   /// Inserts value at the end.
-  void Append(const T& value) { InsertAt(m_size, value); }
+  void Append(const T& value) {
+    const T copy = value;
+    const uint32_t oldSize = m_size;
+    SetSize(static_cast<unsigned long>(oldSize) + 1);  // a size is less than the greatest number by 8 or more
+    if (m_size != oldSize) {
+      m_pData[oldSize] = copy;
+    }
+  }
 
   /// Returns the number of elements.
   unsigned long GetSize() const { return m_size; }
@@ -147,26 +165,13 @@ class PLArray {
 
   static unsigned long ByteCount(unsigned long count) { return static_cast<unsigned long>(count * sizeof(T)); }
 
-  static void FreeBuffer(T* buffer) {
-    operator delete(buffer, 0U, nullptr, 0, static_cast<PLMem_Selector_PL_MALLOC_FREE*>(nullptr));
-  }
-
-  /// Moves the elements to a buffer of size elements or more.
+  /// Makes room for size elements or more.
   bool Grow(unsigned long size) {
-    uint32_t capacity = m_capacity;
-    T* const oldData = m_pData;
-    void* const memory = PLArray_Grow(oldData, m_size, capacity, size, sizeof(T), m_bPlainData);
+    void* const memory = PLArray_Grow(m_pData, m_size, m_capacity, size, sizeof(T), m_bPlainData);
     if (memory == nullptr) {
       return false;
     }
     m_pData = static_cast<T*>(memory);
-    m_capacity = capacity;
-    if (!m_bPlainData) {
-      for (uint32_t i = 0; i < m_size; ++i) {
-        m_pData[i] = oldData[i];
-      }
-    }
-    FreeBuffer(oldData);
     return true;
   }
 

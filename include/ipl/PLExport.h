@@ -19,6 +19,8 @@
 /// Marks the functions of the optional layer (namespace ipl), which become part of their callers: a module that uses
 /// them has no symbol of them, at any level of optimisation.
 #define IPL_ALWAYS_INLINE inline __attribute__((always_inline))
+/// A function that is not inlined, so that those that seldom call it stay short.
+#define IPL_NEVER_INLINE __attribute__((noinline))
 
 /// Lets the library's own build check where the fields of a class lie. Never defined for others.
 template <typename T>

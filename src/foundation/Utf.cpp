@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "foundation/Utf.h"
 
+#include <string.h>
+
 #include "foundation/UtfBlocks.h"
 
 namespace {
@@ -29,6 +31,35 @@ constexpr unsigned int SequenceLength(unsigned char lead) {
 constexpr bool IsSurrogate(uint32_t value) { return value >= 0xD800 && value <= 0xDFFF; }
 constexpr bool IsHighSurrogate(uint32_t value) { return value >= 0xD800 && value <= 0xDBFF; }
 constexpr bool IsLowSurrogate(uint32_t value) { return value >= 0xDC00 && value <= 0xDFFF; }
+
+// Whether a unit is a character of three bytes; the seldom ones behind the surrogates are left out.
+constexpr bool NeedsThreeBytes(uint32_t value) { return value - 0x800 < 0xD800 - 0x800; }
+
+unsigned char* StoreThreeBytes(uint32_t value, unsigned char* out) {
+  out[0] = static_cast<unsigned char>(0xE0 | value >> 12);
+  out[1] = static_cast<unsigned char>(0x80 | (value >> 6 & 0x3F));
+  out[2] = static_cast<unsigned char>(0x80 | (value & 0x3F));
+  return out + 3;
+}
+
+// A pair of surrogates is handled as one number: the first unit in its low half, as it lies in memory.
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "pairs, and the four bytes they become, are moved as words");
+
+uint32_t LoadPair(const unsigned short* units) {
+  uint32_t pair = 0;
+  ::memcpy(&pair, units, sizeof(pair));
+  return pair;
+}
+
+bool StartsWithPair(const unsigned short* units, const unsigned short* end) {
+  return end - units >= 2 && (LoadPair(units) & 0xFC00FC00) == 0xDC00D800;
+}
+
+void StoreFourBytes(uint32_t pair, unsigned char* out) {
+  const uint32_t value = 0x10000 + ((pair & 0x3FF) << 10) + (pair >> 16 & 0x3FF);
+  const uint32_t word = 0x808080F0 | value >> 18 | (value >> 12 & 0x3F) << 8 | (value >> 6 & 0x3F) << 16 | (value & 0x3F) << 24;
+  ::memcpy(out, &word, sizeof(word));
+}
 
 // Blocks of ASCII are tried for only where a few such characters in a row promise more of them: a failed try costs.
 constexpr unsigned int kPromising = 2;
@@ -127,46 +158,50 @@ uint64_t MaximalUtf8Size(const unsigned short* units, unsigned long count) {
   return size;
 }
 
+// Text comes in runs of one kind, most of which are stayed with for as long as they last.
 unsigned long EncodeUtf8(const unsigned short* units, unsigned long count, char* bytes) {
   const unsigned short* const end = units + count;
   auto* out = reinterpret_cast<unsigned char*>(bytes);
-  unsigned int run = 0;  // ASCII characters before this position
   while (units != end) {
-    uint32_t value = *units++;
+    uint32_t value = *units;
     if (value < 0x80) {
       *out++ = static_cast<unsigned char>(value);
-      if (++run == kPromising) {
+      if (++units == end) {
+        break;
+      }
+      value = *units;
+      if (value < 0x80) {
+        *out++ = static_cast<unsigned char>(value);
+        ++units;
         const unsigned long narrowed =
             NarrowAsciiRun(units, static_cast<unsigned long>(end - units), reinterpret_cast<char*>(out));
         units += narrowed;
         out += narrowed;
-        run = 0;
+        continue;
       }
-      continue;
     }
-    run = 0;
     if (value < 0x800) {
       out[0] = static_cast<unsigned char>(0xC0 | value >> 6);
       out[1] = static_cast<unsigned char>(0x80 | (value & 0x3F));
       out += 2;
+      ++units;
       continue;
     }
     if (IsHighSurrogate(value)) {
-      if (units != end && IsLowSurrogate(*units)) {
-        value = (value << 10) + *units++ - ((0xD800U << 10) + 0xDC00U - 0x10000U);
-        out[0] = static_cast<unsigned char>(0xF0 | value >> 18);
-        out[1] = static_cast<unsigned char>(0x80 | (value >> 12 & 0x3F));
-        out[2] = static_cast<unsigned char>(0x80 | (value >> 6 & 0x3F));
-        out[3] = static_cast<unsigned char>(0x80 | (value & 0x3F));
-        out += 4;
+      if (StartsWithPair(units, end)) {
+        do {
+          StoreFourBytes(LoadPair(units), out);
+          units += 2;
+          out += 4;
+        } while (StartsWithPair(units, end));
         continue;
       }
       value = kReplacement;
     }
-    out[0] = static_cast<unsigned char>(0xE0 | value >> 12);
-    out[1] = static_cast<unsigned char>(0x80 | (value >> 6 & 0x3F));
-    out[2] = static_cast<unsigned char>(0x80 | (value & 0x3F));
-    out += 3;
+    do {
+      out = StoreThreeBytes(value, out);
+      value = ++units != end ? *units : 0;
+    } while (NeedsThreeBytes(value));
   }
   return static_cast<unsigned long>(out - reinterpret_cast<unsigned char*>(bytes));
 }

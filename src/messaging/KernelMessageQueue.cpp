@@ -93,7 +93,11 @@ bool KernelMessageQueue::Enqueue(Place place, KernelMessage* message) {
   {
     KernelLockGuard guard(m_pMutex);
     const unsigned long oldLength = m_messages.GetSize();
-    m_messages.InsertAt(place == Place::kFront ? 0 : oldLength, message);
+    if (place == Place::kBack) {
+      m_messages.Append(message);
+    } else {
+      m_messages.InsertAt(0, message);
+    }
     if (m_messages.GetSize() == oldLength) {
       return false;  // no memory for a longer list
     }

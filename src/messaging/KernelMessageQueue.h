@@ -11,11 +11,11 @@
 #include "threads/KernelEvent.h"
 
 /// A list of messages with a lock and an event that is set exactly while the list is not empty.
-class KernelMessageQueue : public IPLKernel::MessageQueue, public TrackedObject {
+class KernelMessageQueue final : public IPLKernel::MessageQueue, public TrackedObject {
  public:
   /// The one kind of message that queues hold. A posted one (no reply event) is freed by ReleaseMessage. A sent one
   /// belongs to its sender throughout: ReleaseMessage sets the reply event and the sender frees both.
-  class KernelMessage : public IPLKernel::Message, public TrackedObject {
+  class KernelMessage final : public IPLKernel::Message, public TrackedObject {
    public:
     KernelMessage(unsigned long id, void* data) : m_id(id), m_pData(data), m_pReplyEvent(nullptr) {}
 

@@ -16,7 +16,7 @@ class WaitDeadline;
 
 /// A flag with a condition variable. Threads are woken after the event's mutex was given up: one that is woken earlier
 /// would at once wait for the mutex, which costs two more switches between the threads.
-class KernelEvent : public IPLKernel::Event, public TrackedObject {
+class KernelEvent final : public IPLKernel::Event, public TrackedObject {
  public:
   explicit KernelEvent(bool manualReset);
   /// Waits for those that are still inside FinishSet: a thread may destroy an event as soon as its Wait returns.

@@ -6,9 +6,10 @@
 
 /// Holds a lock of the kernel for a scope. A null lock is accepted and not taken: before start-up, after shut-down and
 /// where a mutex could not be created there is none.
+template <typename Lock>
 class PL_SCOPED_CAPABILITY KernelLockGuard {
  public:
-  explicit KernelLockGuard(IPLKernel::Lockable* lock) PL_ACQUIRE(lock) : m_pLock(lock) {
+  explicit KernelLockGuard(Lock* lock) PL_ACQUIRE(lock) : m_pLock(lock) {
     if (m_pLock != nullptr) {
       m_pLock->Lock();
     }
@@ -22,7 +23,7 @@ class PL_SCOPED_CAPABILITY KernelLockGuard {
   KernelLockGuard& operator=(const KernelLockGuard&) = delete;
 
  private:
-  IPLKernel::Lockable* const m_pLock;  // not owned
+  Lock* const m_pLock;  // not owned
 };
 
 #endif  // IPL_THREADS_KERNELLOCKGUARD_H

@@ -8,7 +8,7 @@
 #include "threads/PosixMutex.h"
 
 /// A recursive POSIX mutex.
-class KernelMutex : public IPLKernel::Mutex, public TrackedObject {
+class KernelMutex final : public IPLKernel::Mutex, public TrackedObject {
  public:
   KernelMutex();
   ~KernelMutex() override;
