@@ -2,6 +2,7 @@
 #ifndef IPL_BENCH_BENCH_H
 #define IPL_BENCH_BENCH_H
 
+#include <sched.h>
 #include <stdint.h>
 
 #include <chrono>
@@ -30,6 +31,26 @@ template <typename Function>
 benchmark::internal::Benchmark* MeasureManually(const std::string& name, int64_t iterations, Function function) {
   return benchmark::RegisterBenchmark(name.c_str(), function)->UseManualTime()->Iterations(iterations);
 }
+
+/// Threads that take turns run on one processor within this scope, so that a turn is a switch there. Left alone they
+/// take either of two times, depending on whether a sleeping processor has to be woken for each turn. Threads that are
+/// made in the scope stay where it was.
+class OneProcessor {
+ public:
+  OneProcessor() {
+    ::sched_getaffinity(0, sizeof(m_before), &m_before);
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(::sched_getcpu(), &one);
+    ::sched_setaffinity(0, sizeof(one), &one);
+  }
+  ~OneProcessor() { ::sched_setaffinity(0, sizeof(m_before), &m_before); }
+  OneProcessor(const OneProcessor&) = delete;
+  OneProcessor& operator=(const OneProcessor&) = delete;
+
+ private:
+  cpu_set_t m_before = {};
+};
 
 /// Calls again and again. The loop's own cost is spread over a block of calls.
 template <typename Call>

@@ -10,6 +10,7 @@
 
 #include "Bench.h"
 #include "BenchKernel.h"
+#include "Rules.h"
 
 namespace {
 
@@ -41,11 +42,22 @@ const Registered s_registered([] {
       });
     });
   }
+  Measure("NewDelete/rules", [](State& state) {
+    Each(state, [] {
+      void* block = AllocateByRules(kBlockSize);
+      benchmark::DoNotOptimize(block);
+      FreeByRules(block);
+    });
+  });
   Measure("UniqueID/ours",
           [](State& state) { Each(state, [] { benchmark::DoNotOptimize(s_kernel->GetUniqueID()); }); });
   Measure("UniqueID/limit", [](State& state) {
     std::atomic<unsigned int> counter{0};
     Each(state, [&] { benchmark::DoNotOptimize(++counter); });
+  });
+  Measure("UniqueID/rules", [](State& state) {
+    RulesCounter counter;
+    Each(state, [&] { benchmark::DoNotOptimize(counter.Next()); });
   });
   Measure("KernelTime/ours",
           [](State& state) { Each(state, [] { benchmark::DoNotOptimize(s_kernel->GetKernelTime()); }); });

@@ -62,6 +62,7 @@ void SetWait(State& state) {
 
 template <typename Event>
 void PingPong(State& state) {
+  const OneProcessor one;
   Event there;
   Event back;
   bool ends = false;

@@ -84,7 +84,7 @@ void ResidentMemory(State& state, const std::string& file) {
 
 // A host of a peer that is not installed is not there.
 const Registered s_registered([] {
-  for (const std::string who : {"ours", "limit", "glib", "apr", "nspr", "uv", "poco", "qt", "event"}) {
+  for (const std::string who : {"ours", "limit", "rules", "glib", "apr", "nspr", "uv", "poco", "qt", "event"}) {
     const std::string file = HostFile(who);
     if (std::filesystem::exists(file)) {
       MeasureManually("StartStop/" + who, 20, [file](State& state) { StartAndStop(state, file); });

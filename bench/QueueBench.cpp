@@ -3,6 +3,7 @@
 #include "LockCases.h"
 #include "Posix.h"
 #include "QueueCases.h"
+#include "Rules.h"
 
 namespace {
 
@@ -28,6 +29,7 @@ class OurQueue {
 };
 
 void OurSendReply(State& state) {
+  const OneProcessor one;
   Replier replier(s_kernel);
   while (state.KeepRunning()) {
     replier.RoundTrip();
@@ -37,6 +39,7 @@ void OurSendReply(State& state) {
 const Registered s_registered([] {
   MeasureQueue<OurQueue>("ours");
   MeasureQueue<PosixQueue>("limit");
+  MeasureQueue<RulesQueue>("rules");
   Measure("SendReply/ours", OurSendReply);
   Measure("SendReply/limit", PingPong<PosixEvent>);
 });

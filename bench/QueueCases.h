@@ -91,6 +91,7 @@ void Throughput(State& state) {
 /// There and back between two threads, over a queue for each way.
 template <typename Queue>
 void SendReply(State& state) {
+  const OneProcessor one;
   Queue there;
   Queue back;
   std::thread other([&] {

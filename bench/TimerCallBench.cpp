@@ -60,6 +60,7 @@ class PendingTimers {
 };
 
 void SetTimer(State& state) {
+  const OneProcessor one;
   PendingTimers timers(state.range(0));
   while (state.KeepRunning()) {
     const int64_t delay = timers.RandomDelay();
@@ -71,6 +72,7 @@ void SetTimer(State& state) {
 
 template <Which kWhich>
 void ClearTimer(State& state) {
+  const OneProcessor one;
   PendingTimers timers(state.range(0));
   while (state.KeepRunning()) {
     const unsigned long timer = timers.Take(kWhich);
@@ -80,6 +82,7 @@ void ClearTimer(State& state) {
 }
 
 void RoundTrip(State& state) {
+  const OneProcessor one;
   const RunningKernel kernel;
   Replier replier(kernel);
   while (state.KeepRunning()) {

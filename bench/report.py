@@ -14,7 +14,7 @@ import pathlib
 import statistics
 import sys
 
-PEERS = ["glib", "apr", "nspr", "uv", "poco", "qt", "event", "icu", "utf8cpp", "plain"]
+PEERS = ["glib", "apr", "nspr", "uv", "poco", "qt", "event", "icu", "utf8cpp", "plain", "rules"]
 UNITS = [(1e9, "s"), (1e6, "ms"), (1e3, "µs"), (1, "ns")]
 
 

@@ -12,9 +12,10 @@
 /// @file
 /// An array.
 
-/// For PLArray alone, and the same for every element type: moves the used elements of data to a buffer for size elements
-/// or more, frees data and returns the buffer, its unused part zero. Null, and nothing is done, if memory is exhausted or
-/// a size does not fit 32 bits. It is seldom called, so it is kept out of the way of what is not. [owner] Takes no lock.
+/// For PLArray alone, and the same for every element type: moves the used elements of data to a buffer for size
+/// elements or more, frees data and returns the buffer, its unused part zero. Null, and nothing is done, if memory is
+/// exhausted or a size does not fit 32 bits. It is seldom called, so it is kept out of the way of what is not. [owner]
+/// Takes no lock.
 IPL_NEVER_INLINE inline void* PLArray_Grow(void* data, uint32_t used, uint32_t& capacity, unsigned long size,
                                            unsigned long elementSize, bool plainData) {
   uint64_t count = size;

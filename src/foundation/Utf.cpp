@@ -57,7 +57,8 @@ bool StartsWithPair(const unsigned short* units, const unsigned short* end) {
 
 void StoreFourBytes(uint32_t pair, unsigned char* out) {
   const uint32_t value = 0x10000 + ((pair & 0x3FF) << 10) + (pair >> 16 & 0x3FF);
-  const uint32_t word = 0x808080F0 | value >> 18 | (value >> 12 & 0x3F) << 8 | (value >> 6 & 0x3F) << 16 | (value & 0x3F) << 24;
+  const uint32_t word =
+      0x808080F0 | value >> 18 | (value >> 12 & 0x3F) << 8 | (value >> 6 & 0x3F) << 16 | (value & 0x3F) << 24;
   ::memcpy(out, &word, sizeof(word));
 }
 

@@ -2,6 +2,7 @@
 #include "foundation/UtfBlocks.h"
 
 #include <stdint.h>
+#include <string.h>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -138,6 +139,58 @@ IPL_NEON unsigned long CountWithNeon(const unsigned short* units, unsigned long 
 
 #endif
 
+#if !defined(__SSE2__)
+
+// A few characters at a time, with what every processor has.
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "characters are taken out of words");
+
+uint32_t LoadWord(const void* from) {
+  uint32_t word = 0;
+  ::memcpy(&word, from, sizeof(word));
+  return word;
+}
+
+// Two units, of the lower two bytes.
+void StoreUnits(unsigned short* units, uint32_t bytes) {
+  const uint32_t word = (bytes & 0xFF) | (bytes & 0xFF00) << 8;
+  ::memcpy(units, &word, sizeof(word));
+}
+
+// Two bytes, of two units.
+uint32_t NarrowWord(uint32_t units) { return (units & 0xFF) | (units >> 8 & 0xFF00); }
+
+unsigned long WidenWords(const unsigned char* bytes, unsigned long count, unsigned short* units) {
+  unsigned long position = 0;
+  for (; count - position >= 8; position += 8) {
+    const uint32_t first = LoadWord(bytes + position);
+    const uint32_t second = LoadWord(bytes + position + 4);
+    if (((first | second) & 0x80808080) != 0) {
+      break;
+    }
+    StoreUnits(units + position, first);
+    StoreUnits(units + position + 2, first >> 16);
+    StoreUnits(units + position + 4, second);
+    StoreUnits(units + position + 6, second >> 16);
+  }
+  return position;
+}
+
+unsigned long NarrowWords(const unsigned short* units, unsigned long count, char* bytes) {
+  unsigned long position = 0;
+  for (; count - position >= 4; position += 4) {
+    const uint32_t first = LoadWord(units + position);
+    const uint32_t second = LoadWord(units + position + 2);
+    if (((first | second) & 0xFF80FF80) != 0) {
+      break;
+    }
+    const uint32_t word = NarrowWord(first) | NarrowWord(second) << 16;
+    ::memcpy(bytes + position, &word, sizeof(word));
+  }
+  return position;
+}
+
+#endif
+
 }  // namespace
 
 #if defined(__SSE2__)
@@ -174,18 +227,22 @@ unsigned long NarrowAsciiRun(const unsigned short* units, unsigned long count, c
 #elif defined(__arm__)
 
 unsigned long WidenAsciiRun(const unsigned char* bytes, unsigned long count, unsigned short* units) {
-  return s_hasNeon ? WidenWithNeon(bytes, count, units) : 0;
+  return s_hasNeon ? WidenWithNeon(bytes, count, units) : WidenWords(bytes, count, units);
 }
 
 unsigned long NarrowAsciiRun(const unsigned short* units, unsigned long count, char* bytes) {
-  return s_hasNeon ? NarrowWithNeon(units, count, bytes) : 0;
+  return s_hasNeon ? NarrowWithNeon(units, count, bytes) : NarrowWords(units, count, bytes);
 }
 
 #else
 
-unsigned long WidenAsciiRun(const unsigned char*, unsigned long, unsigned short*) { return 0; }
+unsigned long WidenAsciiRun(const unsigned char* bytes, unsigned long count, unsigned short* units) {
+  return WidenWords(bytes, count, units);
+}
 
-unsigned long NarrowAsciiRun(const unsigned short*, unsigned long, char*) { return 0; }
+unsigned long NarrowAsciiRun(const unsigned short* units, unsigned long count, char* bytes) {
+  return NarrowWords(units, count, bytes);
+}
 
 #endif
 

@@ -18,6 +18,22 @@ struct PLContractLayout<KernelEvent> {
   IPL_ASSERT_SIZE(KernelEvent, 88);
 };
 
+namespace {
+
+// One of the waiting threads, for a scope that a cancelled thread leaves too.
+class Waiter {
+ public:
+  explicit Waiter(uint16_t& count) : m_count(count) { ++m_count; }
+  ~Waiter() { --m_count; }
+  Waiter(const Waiter&) = delete;
+  Waiter& operator=(const Waiter&) = delete;
+
+ private:
+  uint16_t& m_count;
+};
+
+}  // namespace
+
 // Construction has no result. Where the system refuses a recursive mutex an ordinary one remains, which serves: no
 // operation takes it twice.
 KernelEvent::KernelEvent(bool manualReset)
@@ -83,9 +99,8 @@ bool KernelEvent::Wait(IPLKernel::Time timeout) {
       signaled = true;  // no clock is read for an event that is set
     } else {
       WaitDeadline deadline = WaitDeadline::After(timeout);
-      ++m_waiters;
+      const Waiter waiter(m_waiters);
       signaled = WaitUntil(deadline);
-      --m_waiters;
     }
     if (signaled && !m_manualReset) {
       m_signaled = false;
