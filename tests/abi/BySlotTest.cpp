@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
 struct Time {
   int64_t nanoseconds;
 };
@@ -22,13 +20,10 @@ struct Error {
   int32_t code;
 };
 
-template <typename Function>
-Function* Slot(void* object, unsigned slot) {
-  return reinterpret_cast<Function*>((*static_cast<void***>(object))[slot]);
-}
 template <typename Result, typename... Parameters>
 Result Call(void* object, unsigned slot, Parameters... parameters) {
-  return Slot<Result(void*, Parameters...)>(object, slot)(object, parameters...);
+  void* const function = (*static_cast<void***>(object))[slot];
+  return reinterpret_cast<Result (*)(void*, Parameters...)>(function)(object, parameters...);
 }
 
 class BySlot : public testing::Test {
@@ -44,10 +39,6 @@ class BySlot : public testing::Test {
   template <typename Function>
   Function* Entry(const char* name) {
     return reinterpret_cast<Function*>(dlsym(m_library, name));
-  }
-  template <typename T>
-  T& Field(int offset) {
-    return *reinterpret_cast<T*>(static_cast<char*>(kernel) + offset);
   }
 
   const char* m_arguments[3] = {"program", "option", nullptr};
@@ -72,63 +63,3 @@ TEST_F(BySlot, ErrorsAndTimesTravelByValue) {
   EXPECT_GE(Call<Time>(kernel, 20).nanoseconds - before.nanoseconds, kPause.nanoseconds);
   EXPECT_NE(Call<void*>(kernel, 75), nullptr) << "the timer manager is made when it is asked for";
 }
-
-void Answer(void* thread, void* data) { *static_cast<void**>(data) = thread; }
-
-TEST_F(BySlot, ThreadsMutexesAndQueues) {
-  void* thread = Call<void*>(kernel, 5);
-  void* seen = nullptr;
-  ASSERT_TRUE(Call<bool>(thread, 0, "worker", &Answer, static_cast<void*>(&seen)));
-  EXPECT_TRUE(Call<bool>(thread, 2, kForever));
-  EXPECT_EQ(seen, thread);
-  Call<void>(kernel, 6, thread);
-  void* mutex = Call<void*>(kernel, 11);
-  EXPECT_TRUE(Call<bool>(mutex, 4));
-  Call<void>(mutex, 1);
-  Call<void>(kernel, 12, mutex);
-  void* queue = Call<void*>(kernel, 33);
-  Call<void>(queue, 5, 7UL, static_cast<void*>(&seen));
-  Call<void>(queue, 7, 8UL, static_cast<void*>(nullptr));
-  EXPECT_EQ(Call<void*>(Call<void*>(queue, 11, 1UL), 1), &seen);
-  for (unsigned long id : {8UL, 7UL}) {
-    void* message = Call<void*>(queue, 8, kForever);
-    EXPECT_EQ(Call<unsigned long>(message, 0), id);
-    Call<void>(queue, 9, message);
-  }
-  EXPECT_EQ(Call<unsigned long>(queue, 10), 0UL);
-  Call<void>(kernel, 34, queue);
-}
-
-TEST_F(BySlot, MemoryTextAndNumbers) {
-  auto* block = Call<char*>(kernel, 17, 16UL, static_cast<const char*>(nullptr), 0);
-  using Print = int(void*, char*, unsigned long, const char*, ...);
-  EXPECT_EQ(Slot<Print>(kernel, 58)(kernel, block, 16UL, "%d %.1f %s %lld", 7, 2.5, "text", 1LL << 40), 24);
-  block = Call<char*>(kernel, 18, block, 64UL, "file", 1);
-  EXPECT_STREQ(block, "7 2.5 text 1099");
-  Call<void>(kernel, 19, block, "file", 2);
-  char* end = nullptr;
-  EXPECT_EQ(Call<long long>(kernel, 61, "-9000000000z", &end, 10), -9000000000LL);
-  EXPECT_EQ(*end, 'z');
-  EXPECT_EQ(Call<double>(kernel, 62, "0.5", &end), 0.5);
-}
-
-#if defined(__arm__)
-TEST_F(BySlot, TheKernelObjectsFieldsStandAtTheirPlaces) {
-  for (int i = 0; i < 6; ++i) {
-    EXPECT_EQ(Field<Error>(4 + 40 * i).code, 256 + i);
-  }
-  for (int offset : {244, 248}) {
-    EXPECT_TRUE(Call<bool>(Field<void*>(offset), 4)) << "a free mutex at " << offset;
-    Call<void>(Field<void*>(offset), 1);
-  }
-  EXPECT_TRUE(Field<void*>(252) != nullptr && Field<void*>(256) != nullptr && Field<void*>(264) != nullptr);
-  EXPECT_EQ(Field<void*>(260), nullptr);
-  EXPECT_EQ(Field<int32_t>(268), 2);
-  EXPECT_EQ(Field<const char**>(272), m_arguments);
-  EXPECT_EQ(Field<bool>(276), false);
-  Call<void>(kernel, 10, &Field<Error>(124));
-  EXPECT_EQ(Field<Error>(280).code, 259);
-}
-#endif
-
-}  // namespace

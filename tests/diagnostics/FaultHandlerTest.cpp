@@ -36,10 +36,8 @@ extern "C" IPL_API ssize_t write(int descriptor, const void* bytes, size_t size)
   return result < 0 ? (errno = static_cast<int>(-result), -1) : result;
 }
 
-namespace {
-
 template <typename Function, typename... Arguments>
-std::string Print(Function function, Arguments... arguments) {
+static std::string Print(Function function, Arguments... arguments) {
   std::string text;
   s_sizes.clear();
   s_text = &text;
@@ -48,7 +46,7 @@ std::string Print(Function function, Arguments... arguments) {
   return text;
 }
 
-std::map<int, std::pair<void*, int>> GetActions() {
+static std::map<int, std::pair<void*, int>> GetActions() {
   std::map<int, std::pair<void*, int>> actions;
   for (int signal = 1; signal < 32; ++signal) {
     struct sigaction action = {};
@@ -142,7 +140,7 @@ TEST(FaultHandlerTest, NamesAndDescriptions) {
             "available;i/o error;high priority input available;device disconnected;");
 }
 
-std::string Hex(const void* at, unsigned int size) {
+static std::string Hex(const void* at, unsigned int size) {
   unsigned int value = 0;
   memcpy(&value, at, size);  // both targets are little-endian
   char text[9] = {};
@@ -173,5 +171,3 @@ TEST(FaultHandlerTest, Dumps) {
   EXPECT_EQ(Print(Handler::PrintBuffer, 4, middle, -1, 0), "\nmemory: 0x" + Hex(&middle, 4) + "#4294967295\n");
   EXPECT_EQ(Print(Handler::PrintBuffer, 3, middle, 4, 0) + Print(Handler::PrintBuffer, 4, nullptr, 4, 0), "");
 }
-
-}  // namespace

@@ -1,31 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <ipl/PLArray.h>
 
-#include <limits.h>
-#include <string.h>
-
 #include <algorithm>
 #include <random>
-#include <vector>
 
 #include "support/AllocControl.h"
+#include "support/CallWatch.h"
 #include "support/KernelFixture.h"
 
-namespace {
-
-class PLArrayTest : public KernelFixture {};
+using PLArrayTest = KernelFixture;
 
 /// The other branch of the template: elements are assigned one by one.
 struct AssignedArray : PLArray<long> {
   AssignedArray() { m_bPlainData = false; }
 };
-
-long g_moves;
-
-void* CountedMove(IPLKernel*, void* to, const void* from, unsigned long count) {
-  ++g_moves;
-  return memmove(to, from, count);
-}
 
 /// What an array holds, its spare slots included.
 struct Model {
@@ -60,9 +48,8 @@ struct Model {
 /// itself meet full buffers.
 template <typename Array>
 void CompareWithModel(IPLKernel* kernel, bool movesThroughKernel) {
-  KernelTable table(kernel);
-  table.Replace(44, &CountedMove);
-  table.Replace(45, &CountedMove);
+  long moves = 0;
+  const CallWatch<44, 45> watch(kernel, [&moves](unsigned) { ++moves; });
   std::minstd_rand random(1);
   Array array;
   Model model;
@@ -86,7 +73,7 @@ void CompareWithModel(IPLKernel* kernel, bool movesThroughKernel) {
               std::vector<long>(&model.slots[0], &model.slots[0] + model.size))
         << step;
   }
-  EXPECT_EQ(g_moves != 0, movesThroughKernel);
+  EXPECT_EQ(moves != 0, movesThroughKernel);
 }
 
 TEST_F(PLArrayTest, DoesWhatItsModelDoes) { CompareWithModel<PLArray<long>>(kernel, true); }
@@ -124,10 +111,8 @@ TEST_F(PLArrayTest, AFailedGrowthChangesNothing) {
   array.SetSize(7);
   array.SetSize(9);
   EXPECT_EQ(array[7], 0) << "a new buffer brings no old values back";
-  EXPECT_EQ(memory.AllocSize(), 16 * sizeof(long) + 8);
+  EXPECT_EQ(memory.lastAlloc.size, 16 * sizeof(long) + 8);
   array.SetSize(32);
-  EXPECT_EQ(memory.AllocSize(), 64 * sizeof(long) + 8);
+  EXPECT_EQ(memory.lastAlloc.size, 64 * sizeof(long) + 8);
   EXPECT_EQ(memory.Held(), 2) << "buffers that were outgrown are given back";
 }
-
-}  // namespace

@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <ipl/PLError.h>
 
-#include <string>
 #include <thread>
 
-#include "support/KernelFixture.h"
+#include "support/TestThread.h"
 
-namespace {
+using PLErrorTest = KernelFixture;
 
-class PLErrorTest : public KernelFixture {};
-
-void Expect(const PLError& error, int code, const std::string& name) {
+static void Expect(const PLError& error, int code, const std::string& name) {
   EXPECT_EQ(error.GetCode(), code);
   EXPECT_EQ(error.GetName(), name);
 }
@@ -49,17 +46,10 @@ TEST_F(PLErrorTest, ThreadsThatTheKernelDidNotMakeShareALastError) {
   EXPECT_EQ(kernel->GetLastError(), PLError_OK);
   std::thread([this] { kernel->SetLastError(kernel->m_ThreadGenericError); }).join();
   EXPECT_EQ(kernel->GetLastError(), kernel->m_ThreadGenericError);
-  IPLKernel::Thread* thread = kernel->CreateThread();
-  const auto procedure = [](IPLKernel::Thread*, void* data) {
-    auto* own = static_cast<IPLKernel*>(data);
-    EXPECT_EQ(own->GetLastError(), PLError_OK);
-    own->SetLastError(PLError_Usage);
-    EXPECT_EQ(own->GetLastError(), PLError_Usage);
-  };
-  ASSERT_TRUE(thread->Run("", procedure, kernel));
-  EXPECT_TRUE(thread->WaitUntilFinished(IPLKernel::Time::Forever()));
-  kernel->DestroyThread(thread);
+  TestThread([this] {
+    EXPECT_EQ(kernel->GetLastError(), PLError_OK);
+    kernel->SetLastError(PLError_Usage);
+    EXPECT_EQ(kernel->GetLastError(), PLError_Usage);
+  });
   Expect(kernel->GetLastError(), 260, "ThreadGenericError");
 }
-
-}  // namespace

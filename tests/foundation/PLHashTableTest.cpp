@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <ipl/PLHashTable.h>
 
-#include <string>
-#include <vector>
-
 #include "support/AllocControl.h"
 #include "support/KernelFixture.h"
 
@@ -22,8 +19,6 @@ bool PLHashTable_KeyCompare(const Key& left, const Key& right) {
 }
 
 }  // namespace probe
-
-namespace {
 
 using probe::Key;
 using Chain = std::vector<int>;
@@ -91,19 +86,13 @@ TEST_F(PLHashTableTest, RemovesEntriesAtEveryPlaceOfAChain) {
   EXPECT_EQ(memory.Held(), 0);
 }
 
-TEST_F(PLHashTableTest, HoldsThousandsOfPointers) {
-  static char targets[10000];
-  PLHashTable<char*, int> table;
-  for (int i = 0; i < 10000; ++i) {
-    table.SetAt(&targets[i], i);
-  }
-  for (int i = 0; i < 10000; ++i) {
-    int value = -1;
-    ASSERT_TRUE(table.Lookup(&targets[i], value));
-    ASSERT_EQ(value, i);
-    ASSERT_TRUE(table.RemoveAt(&targets[i]));
-  }
-  EXPECT_EQ(table.GetCount(), 0U);
+TEST_F(PLHashTableTest, PointerKeysAreTheirAddresses) {
+  const char texts[][5] = {"same", "same"};
+  PLHashTable<const char*, int> table;
+  table.SetAt(texts[0], 0);
+  table.SetAt(texts[1], 1);
+  int value = -1;
+  EXPECT_TRUE(table.Lookup(texts[0], value) && value == 0);
   EXPECT_EQ(PLHashTable_KeyHash(reinterpret_cast<char*>(0x12345678)), 0x1234567U);
 }
 
@@ -132,5 +121,3 @@ TEST_F(PLHashTableTest, WithoutMemoryItStaysConsistent) {
   ExpectAll(table, 26);
   EXPECT_EQ(ChainOf(table, 8), (Chain{8, 24}));
 }
-
-}  // namespace

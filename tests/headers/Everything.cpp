@@ -1,15 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // A module that uses the public headers, in the oldest C++ that they promise.
 #include <ipl/IPLKernel.h>
-#include <ipl/IPLModule.h>
-#include <ipl/KernelEntry.h>
-#include <ipl/PLArray.h>
-#include <ipl/PLError.h>
-#include <ipl/PLExport.h>
 #include <ipl/PLHashTable.h>
-#include <ipl/PLMem.h>
 #include <ipl/PLString.h>
-#include <ipl/PLThreadAnnotations.h>
 
 IPL_DECLARE_MODULE(Everything);
 
@@ -36,11 +29,9 @@ class Module : public IPLModule {
     m_byPointer.SetAt(this, 1);
     m_byKey.SetAt(Key{1}, copy.GetLength());
     unsigned long length = 0;
-    m_kernel->Sleep(IPLKernel::Time::Milliseconds(1));
-    if (m_kernel->GetKernelTime() > IPLKernel::Time() && m_kernel->GetLastError() != PLError_Timeout) {
-      m_kernel->SetLastError(PLError(1000, "Everything"));
-    }
-    return m_byKey.Lookup(Key{1}, length) && m_byPointer.RemoveAt(this);
+    m_kernel->SetLastError(PLError(1000, "Everything"));
+    return m_kernel->GetKernelTime() > IPLKernel::Time::Milliseconds(1) &&
+           m_kernel->GetLastError() != PLError_Timeout && m_byKey.Lookup(Key{1}, length) && m_byPointer.RemoveAt(this);
   }
 
  private:

@@ -10,16 +10,12 @@
 #include <ipl/Utf8Text.h>
 
 #include <thread>
-#include <utility>
-#include <vector>
 
 #include "support/AllocControl.h"
+#include "support/CallWatch.h"
 #include "support/KernelFixture.h"
 
 extern "C" unsigned long LayerWork(IPLKernel* kernel);
-extern "C" unsigned long PlainWork(IPLKernel* kernel);
-
-namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
@@ -27,51 +23,6 @@ using Picoseconds = std::chrono::duration<uint64_t, std::pico>;
 using Time = IPLKernel::Time;
 
 class LayerTest : public KernelFixture {};
-
-std::thread::id s_watched;    // other threads call at any time
-std::vector<unsigned> s_log;  // the slots that it called, in order
-
-template <unsigned kSlot>
-struct Recorder {
-  template <typename Result, typename... Parameters>
-  static void Watch(KernelTable& table, Result (IPLKernel::*)(Parameters...)) {
-    static Result (*original)(IPLKernel*, Parameters...) = nullptr;
-    original = table.Original<Result(IPLKernel*, Parameters...)>(kSlot);
-    table.Replace(
-        kSlot, +[](IPLKernel* kernel, Parameters... parameters) -> Result {
-          if (std::this_thread::get_id() == s_watched) {
-            s_log.push_back(kSlot);
-          }
-          return original(kernel, parameters...);
-        });
-  }
-};
-
-std::vector<unsigned> SlotsOf(IPLKernel* kernel, unsigned long (*work)(IPLKernel*)) {
-  work(kernel);  // the first one starts the timer thread
-  s_watched = std::this_thread::get_id();
-  KernelTable table(kernel);
-  using AcquireByName = IPLModule* (IPLKernel::*)(const char*);
-  Recorder<2>::Watch(table, static_cast<AcquireByName>(&IPLKernel::AcquireModule));
-  Recorder<4>::Watch(table, &IPLKernel::ReleaseModule);
-  Recorder<5>::Watch(table, &IPLKernel::CreateThread);
-  Recorder<6>::Watch(table, &IPLKernel::DestroyThread);
-  Recorder<10>::Watch(table, &IPLKernel::SetLastError);
-  Recorder<11>::Watch(table, &IPLKernel::CreateMutex);
-  Recorder<12>::Watch(table, &IPLKernel::DestroyMutex);
-  Recorder<13>::Watch(table, &IPLKernel::CreateEvent);
-  Recorder<14>::Watch(table, &IPLKernel::DestroyEvent);
-  Recorder<15>::Watch(table, &IPLKernel::CreateStacktrace);
-  Recorder<16>::Watch(table, &IPLKernel::DestroyStacktrace);
-  Recorder<29>::Watch(table, &IPLKernel::GetTimerMessageID);
-  Recorder<30>::Watch(table, &IPLKernel::SetTimer);
-  Recorder<32>::Watch(table, &IPLKernel::ClearTimer);
-  Recorder<33>::Watch(table, &IPLKernel::CreateMessageQueue);
-  Recorder<34>::Watch(table, &IPLKernel::DestroyMessageQueue);
-  s_log.clear();
-  EXPECT_EQ(work(kernel), 101000U + 0xA4 + 7);
-  return s_log;
-}
 
 /// Counts how often an object that was moved on is destroyed; it can be moved only.
 class Ending {
@@ -86,22 +37,23 @@ class Ending {
   int* m_pCount;
 };
 
-}  // namespace
-
 TEST_F(LayerTest, AModuleMakesTheSameCallsWithoutIt) {
 #ifdef __SANITIZE_THREAD__
   GTEST_SKIP() << "the table is exchanged while the timer thread uses it";
 #endif
-  const std::vector<unsigned> plain = SlotsOf(kernel, PlainWork);
-  EXPECT_GE(plain.size(), 17U);
-  EXPECT_EQ(SlotsOf(kernel, LayerWork), plain);
-  AllocControl memory(kernel);
-  LayerWork(kernel);
-  const long held = memory.Held();
-  const long allocations = memory.Allocations();
-  PlainWork(kernel);
-  EXPECT_EQ(memory.Held(), held);
-  EXPECT_EQ(memory.Allocations(), 2 * allocations);
+  LayerWork(kernel);  // the first one starts the timer thread
+  std::vector<unsigned> log;
+  const AllocControl memory(kernel);
+  const CallWatch<2, 4, 5, 6, 10, 15, 16, 29, 30, 32, 33, 34> watch(
+      kernel, [&log, self = std::this_thread::get_id()](unsigned slot) {
+        if (std::this_thread::get_id() == self) {  // others call at any time
+          log.push_back(slot);
+        }
+      });
+  EXPECT_EQ(LayerWork(kernel), 101000U + 0xA4 + 7);
+  // What is made by hand: a queue, a trace, a thread, a timer and its message, a module; then, backwards, their ends.
+  EXPECT_EQ(log, (std::vector<unsigned>{33, 15, 5, 6, 30, 29, 32, 2, 4, 16, 34}));
+  EXPECT_EQ(memory.Held(), 0);
 }
 
 TEST_F(LayerTest, AnOwnerGivesBackOnceAndOnlyWhatItHas) {
@@ -145,10 +97,7 @@ TEST_F(LayerTest, ALockIsHeldForTheScopeAlone) {
 
 TEST_F(LayerTest, TimesAreRoundedUpAndStopAtTheEnds) {
   const double kBig = 1e300;
-  const struct {
-    Time time;
-    int64_t nanoseconds;
-  } kTo[] = {
+  const std::pair<Time, int64_t> kTo[] = {
       {ipl::ToKernelTime(milliseconds(3)), 3000000},
       {ipl::ToKernelTime(Picoseconds(1)), 1},
       {ipl::ToKernelTime(Picoseconds(UINT64_MAX - 1)), 18446744073709552},
@@ -167,7 +116,7 @@ TEST_F(LayerTest, TimesAreRoundedUpAndStopAtTheEnds) {
       {ipl::ToTimeout(milliseconds::max()), INT64_MAX},
   };
   for (const auto& row : kTo) {
-    EXPECT_EQ(row.time.GetNanoseconds(), row.nanoseconds) << "row " << &row - kTo;
+    EXPECT_EQ(row.first.GetNanoseconds(), row.second) << "row " << &row - kTo;
   }
   EXPECT_EQ(ipl::FromKernelTime<milliseconds>(1).count(), 1);
   EXPECT_EQ(ipl::FromKernelTime<milliseconds>(-1).count(), 0);
@@ -179,31 +128,29 @@ TEST_F(LayerTest, TimesAreRoundedUpAndStopAtTheEnds) {
 }
 
 TEST_F(LayerTest, TextIsConvertedOrTheErrorToldAndTheTargetLeft) {
-  const struct {
-    const char* utf8;
-    unsigned long units;  // 0: malformed
-  } kTexts[] = {{"a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", 5},
-                {"\xEF\xBF\xBF", 1},
-                {"\xF4\x8F\xBF\xBF", 2},
-                {"\x80", 0},
-                {"\xC0\xAF", 0},
-                {"\xE0\x9F\xBF", 0},
-                {"\xED\xA0\x80", 0},
-                {"\xF0\x8F\xBF\xBF", 0},
-                {"\xF4\x90\x80\x80", 0},
-                {"\xE2\x82", 0},
-                {"\xE2\x82z", 0}};
+  // And how many units they have; 0: malformed.
+  const std::pair<const char*, unsigned long> kTexts[] = {{"a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", 5},
+                                                          {"\xEF\xBF\xBF", 1},
+                                                          {"\xF4\x8F\xBF\xBF", 2},
+                                                          {"\x80", 0},
+                                                          {"\xC0\xAF", 0},
+                                                          {"\xE0\x9F\xBF", 0},
+                                                          {"\xED\xA0\x80", 0},
+                                                          {"\xF0\x8F\xBF\xBF", 0},
+                                                          {"\xF4\x90\x80\x80", 0},
+                                                          {"\xE2\x82", 0},
+                                                          {"\xE2\x82z", 0}};
   AllocControl memory(kernel);
-  for (const auto& row : kTexts) {
+  for (const auto& [utf8, units] : kTexts) {
     PLString text;
-    EXPECT_EQ(ipl::AppendUtf8(text, row.utf8) == ipl::TextStatus::kConverted, row.units != 0) << row.utf8;
-    EXPECT_EQ(text.GetLength(), row.units) << row.utf8;
+    EXPECT_EQ(ipl::AppendUtf8(text, utf8) == ipl::TextStatus::kConverted, units != 0) << utf8;
+    EXPECT_EQ(text.GetLength(), units) << utf8;
     std::string back;
     EXPECT_EQ(ipl::ToUtf8(text, back), ipl::TextStatus::kConverted);
-    EXPECT_EQ(back, row.units != 0 ? row.utf8 : "");
+    EXPECT_EQ(back, units != 0 ? utf8 : "");
     memory.FailAfter(0);
     EXPECT_EQ(ipl::AppendUtf8(text, "b"), ipl::TextStatus::kNoMemory);
-    EXPECT_EQ(ipl::ToUtf8(text, back), row.units != 0 ? ipl::TextStatus::kNoMemory : ipl::TextStatus::kConverted);
+    EXPECT_EQ(ipl::ToUtf8(text, back), units != 0 ? ipl::TextStatus::kNoMemory : ipl::TextStatus::kConverted);
     memory.FailAfter(AllocControl::kNever);
     EXPECT_EQ(ipl::AppendUtf8(text, std::string("c\0d", 3)), ipl::TextStatus::kMalformed);
   }

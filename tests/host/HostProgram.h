@@ -21,6 +21,23 @@ class HostProgram : public testing::Test {
   HostProgram() : m_directory(mkdtemp(std::string("/tmp/iplhost-XXXXXX").data())) {}
   ~HostProgram() override { std::filesystem::remove_all(m_directory); }
 
+  /// The arguments for iplhost: its own options, the examples' places, one of them to run, and its arguments.
+  static Arguments With(Arguments options, const std::string& module, const Arguments& behind) {
+    for (const char* place : {"TextReader:" TEST_TextReader, "WordCount:" TEST_WordCount, "TextReport:" TEST_TextReport,
+                              "Progress:" TEST_Progress, "AlarmClock:" TEST_AlarmClock, "Crash:" TEST_Crash}) {
+      options.insert(options.end(), {"--modulemap", place});
+    }
+    options.insert(options.end(), {"--module", module, "--"});
+    options.insert(options.end(), behind.begin(), behind.end());
+    return options;
+  }
+  /// A line of the report on files: lines, words and characters.
+  static std::string Row(size_t lines, size_t words, size_t characters, const std::string& file) {
+    char row[300];
+    snprintf(row, sizeof(row), "%10zu %10zu %12zu  %s\n", lines, words, characters, file.c_str());
+    return row;
+  }
+
   std::string Path(const std::string& name) const { return m_directory + "/" + name; }
   std::string Write(const std::string& name, const std::string& content) const {
     std::ofstream(Path(name), std::ios::binary) << content;

@@ -1,17 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The kernel object from its construction to its end.
-#include <string.h>
-
-#include <gtest/gtest.h>
-#include <ipl/KernelEntry.h>
-#include <ipl/PLString.h>
-
 #include "kernel/IPLKernelImpl.h"
 #include "support/AllocControl.h"
-
-namespace {
-
-using Time = IPLKernel::Time;
+#include "support/TestThread.h"
 
 /// A kernel object that is not started, around each case.
 class KernelLifeTest : public testing::Test {
@@ -21,25 +12,21 @@ class KernelLifeTest : public testing::Test {
     EXPECT_EQ(IPLKernel::GetKernel(), nullptr);
   }
   static IPLKernel* Load() { return static_cast<IPLKernel*>(IPLModule_IPLKernel_LoadModule()); }
-  static void Work(IPLKernel::Thread* thread, void* seen) { *static_cast<IPLKernel::Thread**>(seen) = thread; }
   void ExpectWorking() {
-    IPLKernel::Thread* seen = nullptr;
-    IPLKernel::Thread* thread = kernel->CreateThread();
-    EXPECT_TRUE(thread->Run("worker", Work, &seen) && thread->WaitUntilFinished(Time::Forever()) && seen == thread);
-    kernel->DestroyThread(thread);
+    bool ran = false;
+    TestThread([&ran] { ran = true; });
+    EXPECT_TRUE(ran);
     IPLKernel::MessageQueue* queue = kernel->CreateMessageQueue();
     ASSERT_TRUE(queue != nullptr && queue->Receive(0) == nullptr);
     EXPECT_EQ(kernel->GetLastError(), PLError_Timeout);
     kernel->DestroyMessageQueue(queue);
   }
 
-  const IPLKernel* const m_before = IPLKernel::GetKernel();
   IPLKernel* kernel = Load();
   IPLModule m_stranger;
 };
 
 TEST_F(KernelLifeTest, OneObjectAndOneStart) {
-  EXPECT_EQ(m_before, nullptr);
   EXPECT_EQ(IPLKernel::GetKernel(), kernel);
   const char* first[] = {"first"};
   const char* second[] = {"second", "--modulemap", "a:b"};
@@ -81,8 +68,9 @@ TEST_F(KernelLifeTest, BeforeItsStart) {
   EXPECT_EQ(kernel->AcquireModule("IPLKernel"), kernel);
   kernel->ReleaseModule(&m_stranger);
   EXPECT_TRUE(kernel->CreateMessageQueue() == nullptr && kernel->GetCurrentThread() == nullptr);
+  EXPECT_EQ(kernel->GetTimerMessageID(), 0U);
   IPLKernel::Thread* thread = kernel->CreateThread();
-  EXPECT_FALSE(thread->Run("early", Work, nullptr));
+  EXPECT_FALSE(thread->Run("early", CallFunction, nullptr));
   EXPECT_EQ(kernel->GetLastError(), kernel->m_ThreadCreationFailure);
   EXPECT_TRUE(thread->Detach(nullptr));
   IPLKernel::Event* event = kernel->CreateEvent(false);
@@ -97,5 +85,3 @@ TEST_F(KernelLifeTest, HashOfModuleKeys) {
   EXPECT_EQ(PLHashTable_KeyHash({"core", "/usr/lib/libcore.so"}), 2979861115U);
   EXPECT_EQ(PLHashTable_KeyHash({"\xFF\xFF\xFF\xFF\xFF", "\x80"}), 2508332737U);
 }
-
-}  // namespace

@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <string>
 
 #include "support/KernelFixture.h"
 

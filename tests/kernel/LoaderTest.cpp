@@ -1,25 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
 // The module map and the loader, from outside.
 #include <algorithm>
-#include <array>
 
 #include <ipl/PLString.h>
 
 #include "LoaderFixture.h"
-#include "support/KernelTable.h"
-
-namespace {
+#include "support/CallWatch.h"
 
 class LoaderTest : public LoaderFixture {
  protected:
   LoaderTest() {
-    for (const char* value :
-         std::array<const char*, 10>{"First:/1", nullptr, "First:/3", "Größe:/größe", "Cut\xC3:/c\xC3", ":x",
-                                     "Empty::", "Plain", m_road.c_str(), "--modulemap"}) {
-      m_arguments.insert(m_arguments.end(), {"--modulemap", value});
-    }
-    m_arguments.insert(m_arguments.end(),
-                       {"Value:::/a:b:", "--MODULEMAP", "Upper:/u", "--modulemap=E:/e", "--modulemap"});
+    LoadAgain();
+    Start();
+  }
+  void Start() {
+    static const std::string s_road = "Road:" + File("Größe");
+    static const char* s_arguments[] = {
+        "test",           "--modulemap",   "First:/1",    "--modulemap",  nullptr,
+        "--modulemap",    "First:/3",      "--modulemap", "Größe:/größe", "--modulemap",
+        "Cut\xC3:/c\xC3", "--modulemap",   ":x",          "--modulemap",  "Empty::",
+        "--modulemap",    "Plain",         "--modulemap", s_road.c_str(), "--modulemap",
+        "--modulemap",    "Value:::/a:b:", "--MODULEMAP", "Upper:/u",     "--modulemap=E:/e",
+        "--modulemap"};
+    IPLModule_IPLKernel_InitializeKernel(static_cast<int>(std::size(s_arguments)), s_arguments);
   }
   std::string Cycle(const char* name, const char* path = nullptr) {
     m_log.clear();
@@ -43,7 +46,6 @@ class LoaderTest : public LoaderFixture {
   }
 
   const std::string m_alpha = File("Alpha");
-  const std::string m_road = "Road:" + File("Größe");
 };
 
 // '1' and '2' acquire one object by two keys, '3' by the name of another module; 'r' releases it.
@@ -132,25 +134,6 @@ TEST_F(LoaderTest, EntriesMayUseTheLoader) {
     kernel->ReleaseModule(other);
   };
   EXPECT_EQ(Cycle("Alpha"), "Ap Al Bp Bl Au Bu ");
-
-  // A module that acquires itself in its first entry is loaded twice, here with another object each time.
-  IPLModule inner;
-  other = nullptr;
-  m_actions["Ap"] = [&](IPLModule*& object) {
-    other = other == nullptr ? (other = object, kernel->AcquireModule("Alpha")) : other;
-  };
-  m_actions["Al"] = [&](IPLModule*& object) { object = m_log == "Ap Ap Al " ? &inner : object; };
-  m_actions.erase("Au");
-  m_log.clear();
-  IPLModule* outer = kernel->AcquireModule("Alpha");
-  EXPECT_TRUE(outer != nullptr && outer != &inner && other == &inner);
-  kernel->ReleaseModule(&inner);
-  EXPECT_EQ(kernel->AcquireModule("Alpha"), outer);
-  kernel->ReleaseModule(outer);
-  EXPECT_TRUE(IsOpen("Alpha"));
-  kernel->ReleaseModule(outer);
-  EXPECT_EQ(m_log, "Ap Ap Al Al Au Au ");
-  EXPECT_FALSE(IsOpen("Alpha"));
 }
 
 TEST_F(LoaderTest, TheCommandLineMapsNamesToFiles) {
@@ -164,49 +147,27 @@ TEST_F(LoaderTest, TheCommandLineMapsNamesToFiles) {
   EXPECT_EQ(Refused("Road"), "Failed to load IPLModule_Road_ModuleLoad from " + File("Größe") + "\n");
 }
 
-std::array<int, KernelTable::kSlotCount> s_calls;
-std::array<void* (*)(IPLKernel*, void*, void*, void*, void*), KernelTable::kSlotCount> s_originals;
-bool s_ending = false;
-
-// Serves for each operation whose operands are at most four words: they are passed on as they came.
-template <unsigned kSlot>
-void* Front(IPLKernel* kernel, void* first, void* second, void* third, void* fourth) {
-  ++s_calls[kSlot];
-  EXPECT_EQ(kernel->IsShutdownPending(), s_ending) << kSlot;
-  return s_originals[kSlot](kernel, first, second, third, fourth);
-}
-
-template <unsigned... kSlots>
-void StandInFront(KernelTable& table) {
-  ((s_originals[kSlots] = table.Original<void*(IPLKernel*, void*, void*, void*, void*)>(kSlots)), ...);
-  (table.Replace(kSlots, &Front<kSlots>), ...);
-}
-
-void ExpectCalls(const char* when, std::initializer_list<unsigned> slots) {
-  for (const unsigned slot : slots) {
-    EXPECT_GT(s_calls[slot], 0) << "slot " << slot << " at " << when;
-  }
-  s_calls = {};
-}
-
 TEST_F(LoaderTest, SomebodyInFrontOfTheTableSeesEveryCall) {
   LoadAgain();
-  KernelTable table(kernel);
-  StandInFront<3, 11, 12, 17, 19, 36, 42, 44, 48, 49, 50, 58, 63, 64, 69>(table);
-  IPLModule_IPLKernel_InitializeKernel(m_argc, m_arguments.data());
-  EXPECT_EQ(s_calls[11], 3) << "for the state, the modules and the threads";
-  ExpectCalls("start-up", {17, 44, 48, 49, 50, 63});
-  EXPECT_NE(Refused("First"), "");
-  ExpectCalls("a name of the map", {3, 49, 50, 63});
-  IPLModule* alpha = kernel->AcquireModule("Alpha");
-  ExpectCalls("loading without a path", {3, 17, 36, 42, 48, 49, 50, 58, 64, 69});
+  std::map<unsigned, int> calls;
+  bool isEnding = false;
+  const CallWatch<3, 11, 12, 17, 19, 36, 42, 44, 48, 49, 50, 58, 63, 64, 69> watch(kernel, [&](unsigned slot) {
+    ++calls[slot];
+    EXPECT_EQ(kernel->IsShutdownPending(), isEnding) << slot;
+  });
+  const auto expectCalls = [&calls](const char* when, std::initializer_list<unsigned> slots) {
+    for (const unsigned slot : slots) {
+      EXPECT_GT(calls[slot], 0) << "slot " << slot << " at " << when;
+    }
+    calls.clear();
+  };
+  Start();
+  expectCalls("start-up", {11, 17, 44, 48, 49, 50, 63});
+  kernel->ReleaseModule(kernel->AcquireModule("Alpha"));
+  expectCalls("loading without a path", {3, 17, 36, 42, 48, 49, 50, 58, 64, 69});
   kernel->ReleaseModule(kernel->AcquireModule("Alpha", m_alpha.c_str()));
-  ExpectCalls("loading with a path", {3, 17, 19, 44, 49, 50, 58, 63, 69});
-  kernel->ReleaseModule(alpha);
-  s_ending = true;
+  expectCalls("loading with a path", {3, 17, 19, 44, 49, 50, 58, 63, 69});
+  isEnding = true;
   IPLModule_IPLKernel_UnloadModule(kernel);
-  EXPECT_EQ(s_calls[12], 3);
-  ExpectCalls("the end", {12, 19});
+  expectCalls("the end", {12, 19});
 }
-
-}  // namespace

@@ -6,12 +6,10 @@
 #include "support/AllocControl.h"
 #include "support/KernelFixture.h"
 
-namespace {
-
 enum Fault { kMemory, kConstructor, kStartThrows, kStartFails, kNone };
-Fault s_fault = kNone;
-int s_made = 0;
-int s_destroyed = 0;
+static Fault s_fault = kNone;
+static int s_made = 0;
+static int s_destroyed = 0;
 
 /// Its module object does not lie at the start of the memory.
 class Probe : public PLString, public IPLModule {
@@ -31,9 +29,7 @@ class Probe : public PLString, public IPLModule {
   }
 };
 
-class ModuleEntryTest : public KernelFixture {};
-
-}  // namespace
+using ModuleEntryTest = KernelFixture;
 
 IPL_MODULE(Probe, Probe);
 

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <vector>
 
-#include "threads/TestThread.h"
-
-namespace {
+#include "support/TestThread.h"
 
 class MessageQueueLoadTest : public ThreadFixture {
  protected:
@@ -67,5 +64,3 @@ class MessageQueueLoadTest : public ThreadFixture {
 
 TEST_F(MessageQueueLoadTest, PostLosesDoublesAndReordersNothing) { Run(8, 20000, false); }
 TEST_F(MessageQueueLoadTest, SendBringsEachReplyHome) { Run(3, 10000, true); }
-
-}  // namespace

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 
-#include "messaging/TimeArithmetic.h"
 #include "messaging/TimerList.h"
 #include "support/KernelFixture.h"
-
-namespace {
 
 using TimerListTest = KernelFixture;
 
@@ -33,10 +30,3 @@ TEST_F(TimerListTest, KeepsTheOrderOfInsertionAmongEqualTimes) {
     EXPECT_TRUE(std::equal(model.begin(), model.end(), &list[0], &list[0] + list.GetSize())) << removed << ' ' << kept;
   }
 }
-
-TEST(TimeArithmetic, StaysAtTheEndsOfTheRange) {
-  EXPECT_TRUE(SaturatingAdd(INT64_MAX, 1) == INT64_MAX && SaturatingAdd(INT64_MIN, -1) == INT64_MIN);
-  EXPECT_TRUE(SaturatingSubtract(0, INT64_MIN) == INT64_MAX && SaturatingSubtract(INT64_MIN, 1) == INT64_MIN);
-}
-
-}  // namespace

@@ -2,53 +2,41 @@
 #include <functional>
 #include <future>
 #include <map>
-#include <optional>
-#include <set>
-#include <string>
 
 #include "support/AllocControl.h"
 #include "support/KernelFixture.h"
-
-namespace {
 
 using ID = unsigned long;
 using Queue = IPLKernel::MessageQueue;
 
 constexpr int64_t kHour = INT64_C(3600000000000), kDay = 24 * kHour, kMay1 = 19844 * kDay;  // of 2024
 
-std::atomic<int64_t> s_now;
-IPLKernel::Time ReadClock(IPLKernel*) { return s_now.load(std::memory_order_relaxed); }
+static std::atomic<int64_t> s_now;
+static IPLKernel::Time ReadClock(IPLKernel*) { return s_now.load(std::memory_order_relaxed); }
 
 // The kernel's clock moves only when told to, so that every instant is exact. A timer is known by a letter.
 class TimerTest : public KernelFixture {
  protected:
-  void SetUp() override {
-    KernelFixture::SetUp();
-    clock.emplace(kernel).Replace(20, &ReadClock);
-    memory.emplace(kernel);
+  TimerTest() {
+    clock.Replace(20, &ReadClock);
     s_now = 0;
-    queue = kernel->CreateMessageQueue();
   }
-  void TearDown() override {
-    kernel->DestroyMessageQueue(queue);  // what is pending is not due
-    KernelFixture::TearDown();
+  ~TimerTest() override {
+    if (queue != nullptr) {
+      kernel->DestroyMessageQueue(queue);  // what is pending is not due
+    }
+    IPLModule_IPLKernel_UnloadModule(kernel);  // ends the timer thread, before the tables are taken away
   }
   ID Named(char name, ID id) { return names[id] = name, id; }
   ID Set(char name, int64_t delay, bool again = false) { return Named(name, kernel->SetTimer(delay, *queue, again)); }
-  ID SetGMT(char name, int64_t at, int64_t period = 0) {
-    const ID id = Named(name, kernel->SetTimerGMT(at, *queue, period));
-    gmtTimers.insert(id);
-    return id;
-  }
+  ID SetGMT(char name, int64_t at, int64_t period = 0) { return Named(name, kernel->SetTimerGMT(at, *queue, period)); }
   // Takes all messages: the letters of timers, with a mark behind those of another pass than the last.
   std::string Take() {
     std::string text;
     while (IPLKernel::Message* message = queue->Receive(0)) {
       if (message->GetID() == kernel->GetTimerMessageID()) {
         auto* data = static_cast<IPLKernel::TimerMessageData*>(message->GetData());
-        // The clock may be moved behind a pass' look at kernel time; then it sees GMT timers alone as due.
-        const bool last = data->GetFireTimeGMT() == kernel->GetTimeGMT() &&
-                          (data->GetFireTimeKernel() == s_now.load() || gmtTimers.count(data->GetTimerID()) != 0);
+        const bool last = data->GetFireTimeGMT() == kernel->GetTimeGMT();
         text += std::string(1, names[data->GetTimerID()]) + (last ? "" : "'");
         data->ReleaseTimerData();
       }
@@ -68,11 +56,10 @@ class TimerTest : public KernelFixture {
     return text;
   }
 
-  Queue* queue = nullptr;
-  std::optional<KernelTable> clock;
-  std::optional<AllocControl> memory;
+  AllocControl memory{kernel};
+  KernelTable clock{kernel};
+  Queue* queue = kernel->CreateMessageQueue();
   std::map<ID, char> names;
-  std::set<ID> gmtTimers;
 };
 
 TEST_F(TimerTest, FiresOnceNeverEarlyAndAtOnceWithoutADelay) {
@@ -147,20 +134,20 @@ TEST_F(TimerTest, ClearTimerWithdrawsAllOfThatTimerAndNothingElse) {
 
 TEST_F(TimerTest, ThePoolKeepsTenAndDataMayOutliveTheKernel) {
   kernel->GetTimerMessageID();
-  const long before = memory->Held();
+  const long before = memory.Held();
   for (int i = 0; i < 11; ++i) {
     Set('a', 0);
   }
   EXPECT_EQ(At({0}), "aaaaaaaaaaa|");
-  EXPECT_EQ(memory->Held(), before + 10);
+  EXPECT_EQ(memory.Held(), before + 10);
   Set('a', 0), Pass(0);
   IPLKernel::Message* message = queue->Receive(0);
   auto* data = static_cast<IPLKernel::TimerMessageData*>(message->GetData());
   queue->ReleaseMessage(message);
-  TearDown();
+  kernel->DestroyMessageQueue(std::exchange(queue, nullptr));
+  IPLModule_IPLKernel_UnloadModule(kernel);
   data->ReleaseTimerData();
   free(reinterpret_cast<char*>(data) - 8);  // nobody else did
-  SetUp();
 }
 
 TEST_F(TimerTest, ExhaustedMemoryCostsOneOperationAndNothingElse) {
@@ -175,12 +162,12 @@ TEST_F(TimerTest, ExhaustedMemoryCostsOneOperationAndNothingElse) {
       }};
   std::string set;
   for (int i = 0; i < 50; ++i) {  // the first one makes the manager, later ones make the lists grow
-    for (long n = 0, failures = -1; failures != memory->Failures(); ++n) {
-      failures = memory->Failures();
-      memory->FailAfter(n, 1);
+    for (long n = 0, failures = -1; failures != memory.Failures(); ++n) {
+      failures = memory.Failures();
+      memory.FailAfter(n, 1);
       const ID id = operations[i % 5]();
-      memory->FailAfter(AllocControl::kNever);
-      EXPECT_TRUE(id != 0 || memory->Failures() != failures);
+      memory.FailAfter(AllocControl::kNever);
+      EXPECT_TRUE(id != 0 || memory.Failures() != failures);
       set += id > 1 ? "z" : "";
     }
   }
@@ -188,30 +175,28 @@ TEST_F(TimerTest, ExhaustedMemoryCostsOneOperationAndNothingElse) {
   EXPECT_EQ(At({kDay}), set + '|');
   // Without any memory a timer is cleared all the same, and one that is set is refused rather than lost.
   const ID cleared[] = {Set('x', kDay), SetGMT('y', kMay1 + kDay)};
-  memory->FailAfter(0);
+  memory.FailAfter(0);
   for (const ID id : cleared) {
     kernel->ClearTimer(id, *queue);
   }
   EXPECT_EQ(kernel->SetTimer(0, *queue, false), 0U);
   EXPECT_EQ(kernel->SetTimerGMT(kDay * 2, *queue, 0), 0U);  // a date that is past
-  memory->FailAfter(AllocControl::kNever);
+  memory.FailAfter(AllocControl::kNever);
   EXPECT_EQ(At({kDay + 1}), "|");
 }
 
-std::atomic<int> s_begun{0};
+static std::atomic<int> s_begun{0};
 
 // Sets, receives and clears timers, with an account of those that may still fire. Ends early when the kernel refuses.
-void UseTimers(Queue* queue, unsigned count) {
+static void UseTimers(Queue* queue, unsigned count) {
   IPLKernel* kernel = IPLKernel::GetKernel();
-  std::map<ID, std::pair<int64_t, bool>> pending;  // when due, and whether periodic
+  std::map<ID, bool> pending;  // and whether they are periodic
   const auto receive = [&](IPLKernel::Time timeout) {
     IPLKernel::Message* message = queue->Receive(timeout);
     if (message != nullptr) {
       auto* data = static_cast<IPLKernel::TimerMessageData*>(message->GetData());
       EXPECT_EQ(pending.count(data->GetTimerID()), 1U) << "fired twice, or after it was cleared";
-      const auto [due, periodic] = pending[data->GetTimerID()];
-      EXPECT_GE(data->GetFireTimeKernel().GetNanoseconds(), due);
-      pending.erase(periodic ? 0 : data->GetTimerID());
+      pending.erase(pending[data->GetTimerID()] ? 0 : data->GetTimerID());
       data->ReleaseTimerData();
       queue->ReleaseMessage(message);
     }
@@ -219,16 +204,17 @@ void UseTimers(Queue* queue, unsigned count) {
   };
   ID ids[8] = {}, id = 1;
   for (unsigned i = 0; i < count + 8 && id != 0; ++i) {
-    const int64_t delay = 1 + i % 5 * 50000, due = kernel->GetKernelTime().GetNanoseconds() + delay;
-    const bool gmt = i % 3 == 0, periodic = i % 8 == 1;
     const ID cleared = i % 2 == 1 ? ids[i % 8] : 0;
     kernel->ClearTimer(cleared, *queue);
     kernel->SetTimeGMT(i % 512 == 0 ? std::max(kernel->GetTimeGMT().GetNanoseconds(), kMay1) + 1000000 : 0);
     s_begun += i == 8 ? 1 : 0;
     if (i < count) {
-      id = gmt ? kernel->SetTimerGMT(kernel->GetTimeGMT().GetNanoseconds() + delay, *queue, periodic ? delay : 0)
-               : kernel->SetTimer(delay, *queue, periodic);
-      ids[i % 8] = id, pending[id] = {gmt ? 0 : due, periodic};
+      const int64_t delay = 1 + i % 5 * 50000;
+      id = i % 3 == 0
+               ? kernel->SetTimerGMT(kernel->GetTimeGMT().GetNanoseconds() + delay, *queue, i % 8 == 1 ? delay : 0)
+               : kernel->SetTimer(delay, *queue, i % 8 == 1);
+      ids[i % 8] = id;
+      pending[id] = i % 8 == 1;
     }
     pending.erase(id != 0 ? cleared : 0);  // both may have been refused
     while (i % 16 == 0 && receive(0)) {
@@ -259,20 +245,15 @@ TEST(TimerShutDownTest, OperationsThatRaceItAreAnsweredOrRefused) {
   // Timers use the queues until their kernel is gone, and then nobody can destroy them; they stay reachable.
   static auto& queues = *new std::vector<Queue*>;
   for (int round = 0; round < 20; ++round) {
-    auto* kernel = static_cast<IPLKernel*>(IPLModule_IPLKernel_LoadModule());
-    EXPECT_EQ(kernel->GetTimerMessageID(), 0U) << "before InitializeKernel";
-    IPLModule_IPLKernel_InitializeKernel(0, nullptr);
+    const RunningKernel running;
     s_begun = 0;
     for (int i = 0; i < 4; ++i) {
-      queues.push_back(kernel->CreateMessageQueue());
+      queues.push_back(running.kernel->CreateMessageQueue());
       const auto detach = [](IPLKernel::Thread* self, void*) { self->Detach(use); };
-      kernel->CreateThread()->Run("user", detach, queues.back());
+      running.kernel->CreateThread()->Run("user", detach, queues.back());
     }
     while (s_begun < 4) {
       sched_yield();
     }
-    IPLModule_IPLKernel_UnloadModule(kernel);
   }
 }
-
-}  // namespace

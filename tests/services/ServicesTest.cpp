@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <errno.h>
 #include <limits.h>
-#include <string.h>
 #include <unistd.h>
 
 #include <fstream>
 #include <map>
-#include <string>
 
 #include "support/KernelFixture.h"
 
-namespace {
-
 class ServicesTest : public KernelFixture {};
 
-int CompareInts(const void* left, const void* right) {
+static int CompareInts(const void* left, const void* right) {
   return *static_cast<const int*>(left) - *static_cast<const int*>(right);
 }
 
@@ -79,7 +75,7 @@ TEST_F(ServicesTest, StrncpyTermAlwaysTerminates) {
   EXPECT_STREQ(text, "");
 }
 
-std::map<std::string, unsigned long long> ReadMeminfo() {
+static std::map<std::string, unsigned long long> ReadMeminfo() {
   std::map<std::string, unsigned long long> bytes;
   std::ifstream file("/proc/meminfo");
   unsigned long long kibibytes = 0;
@@ -104,5 +100,3 @@ TEST_F(ServicesTest, MemoryInfoIsThatOfTheSystem) {
   EXPECT_EQ(swapFree, after["SwapFree:"]);
   EXPECT_EQ(kernel->GetProcessID(), static_cast<unsigned long>(getpid()));
 }
-
-}  // namespace

@@ -40,27 +40,21 @@ class AllocControl {
   long Frees() const { return Get(m_frees); }
   long Held() const { return Allocations() - Failures() - Frees(); }  ///< blocks that were not given back
 
-  // The last call of Alloc, and the last one of Free.
-  unsigned long AllocSize() const { return Get(m_allocSize); }
-  char* AllocBlock() const { return static_cast<char*>(Get(m_allocBlock)); }
-  const char* AllocFile() const { return Get(m_allocFile); }
-  int AllocLine() const { return Get(m_allocLine); }
-  char* FreeBlock() const { return static_cast<char*>(Get(m_freeBlock)); }
-  const char* FreeFile() const { return Get(m_freeFile); }
-  int FreeLine() const { return Get(m_freeLine); }
+  struct Call {
+    unsigned long size;  // of Alloc
+    char* block;
+    const char* file;
+    int line;
+  };
+  // The last ones of this thread.
+  static inline thread_local Call lastAlloc;
+  static inline thread_local Call lastFree;
 
  private:
   typedef void* AllocFunction(IPLKernel*, unsigned long, const char*, int);
   typedef void FreeFunction(IPLKernel*, void*, const char*, int);
 
-  template <typename T>
-  static T Get(const std::atomic<T>& variable) {
-    return variable.load(std::memory_order_relaxed);
-  }
-  template <typename T>
-  static void Put(std::atomic<T>& variable, T value) {
-    variable.store(value, std::memory_order_relaxed);
-  }
+  static long Get(const std::atomic<long>& variable) { return variable.load(std::memory_order_relaxed); }
   static long Count(std::atomic<long>& counter) { return counter.fetch_add(1, std::memory_order_relaxed); }
 
   static void* Alloc(IPLKernel* kernel, unsigned long size, const char* file, int line) {
@@ -73,10 +67,7 @@ class AllocControl {
     if (block == nullptr) {
       Count(self.m_failures);
     }
-    Put(self.m_allocSize, size);
-    Put(self.m_allocBlock, block);
-    Put(self.m_allocFile, file);
-    Put(self.m_allocLine, line);
+    lastAlloc = {size, static_cast<char*>(block), file, line};
     return block;
   }
 
@@ -85,9 +76,7 @@ class AllocControl {
     if (block != nullptr) {
       Count(self.m_frees);
     }
-    Put(self.m_freeBlock, block);
-    Put(self.m_freeFile, file);
-    Put(self.m_freeLine, line);
+    lastFree = {0, static_cast<char*>(block), file, line};
     self.m_free(kernel, block, file, line);
   }
 
@@ -102,13 +91,6 @@ class AllocControl {
   std::atomic<long> m_allocations{0};
   std::atomic<long> m_failures{0};
   std::atomic<long> m_frees{0};
-  std::atomic<unsigned long> m_allocSize{0};
-  std::atomic<void*> m_allocBlock{nullptr};
-  std::atomic<const char*> m_allocFile{nullptr};
-  std::atomic<int> m_allocLine{0};
-  std::atomic<void*> m_freeBlock{nullptr};
-  std::atomic<const char*> m_freeFile{nullptr};
-  std::atomic<int> m_freeLine{0};
 };
 
 #endif  // IPL_TESTS_SUPPORT_ALLOCCONTROL_H

@@ -2,11 +2,9 @@
 #include <future>
 #include <limits>
 
+#include "support/TestThread.h"
 #include "threads/KernelThread.h"
-#include "threads/TestThread.h"
 #include "threads/WaitDeadline.h"
-
-namespace {
 
 constexpr int64_t kSecond = 1000000000;
 constexpr time_t kLatest = std::numeric_limits<time_t>::max();
@@ -73,5 +71,3 @@ TEST(ShutdownGateTest, CloseWaitsForThoseInsideAndRefusesNewcomers) {
     EXPECT_FALSE(gate.Enter());
   }
 }
-
-}  // namespace

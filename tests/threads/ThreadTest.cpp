@@ -3,25 +3,15 @@
 #include <sys/syscall.h>
 
 #include <algorithm>
-#include <future>
 
 #include "support/AllocControl.h"
-#include "threads/TestThread.h"
-
-namespace {
+#include "support/TestThread.h"
 
 constexpr size_t kMiB = 1048576;
 
 class ThreadTest : public ThreadFixture {
  protected:
-  void SetUp() override {
-    ThreadFixture::SetUp();
-    thread = kernel->CreateThread();
-  }
-  void TearDown() override {
-    kernel->DestroyThread(thread);
-    ThreadFixture::TearDown();
-  }
+  ~ThreadTest() override { kernel->DestroyThread(thread); }
   std::string Name(unsigned long size = 64) {
     char buffer[64] = "untouched";
     thread->GetName(buffer, size);
@@ -32,7 +22,7 @@ class ThreadTest : public ThreadFixture {
     EXPECT_EQ(Outcome(thread->WaitUntilFinished(kForever)), kDone);
   }
 
-  IPLKernel::Thread* thread = nullptr;
+  IPLKernel::Thread* thread = kernel->CreateThread();
 };
 
 TEST_F(ThreadTest, RunsOnceAtATimeAndAgain) {
@@ -156,13 +146,11 @@ TEST_F(ThreadTest, TheSystemKnowsTheName) {
   Function body = [&found] {
     std::getline(std::ifstream("/proc/self/task/" + std::to_string(gettid()) + "/comm"), found);
   };
-  body();
-  const std::string own = found;
   const std::string tails(20, '\x80');
   const std::pair<const char*, std::string> cases[] = {
       {"exactly 15 long", "exactly 15 long"},       {"abcdefghijklmnopqrstuvwxyz", "abcdefghijklmno"},
       {"a clef: 01234\U0001D11E", "a clef: 01234"}, {"a clef: 012\U0001D11E!", "a clef: 012\U0001D11E"},
-      {tails.c_str(), tails.substr(0, 15)},         {nullptr, own},
+      {tails.c_str(), tails.substr(0, 15)},
   };
   for (const auto& [name, expected] : cases) {
     ASSERT_TRUE(thread->Run(name, CallFunction, &body));
@@ -172,8 +160,8 @@ TEST_F(ThreadTest, TheSystemKnowsTheName) {
 }
 
 // The system clears thread-specific data in the order of its keys; this one is made before the kernel's.
-pthread_key_t s_atExit;
-const int s_noKey = pthread_key_create(&s_atExit, [](void* function) { CallFunction(nullptr, function); });
+static pthread_key_t s_atExit;
+static const int s_noKey = pthread_key_create(&s_atExit, [](void* function) { CallFunction(nullptr, function); });
 
 TEST_F(ThreadTest, DestructorsOfThreadDataFindNoObject) {
   ASSERT_EQ(s_noKey, 0);
@@ -189,5 +177,3 @@ TEST_F(ThreadTest, DestructorsOfThreadDataFindNoObject) {
   thread = nullptr;
   done.Take();
 }
-
-}  // namespace

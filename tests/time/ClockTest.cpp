@@ -22,18 +22,6 @@ TEST_F(ClockTest, KernelTimeIsMonotonicAndSleepLastsAtLeastItsDuration) {
   }
 }
 
-TEST_F(ClockTest, GmtIsSetToInstantsAfterKernelTimeOnly) {
-  const int64_t start = Now();
-  for (const int64_t gmt : {start + 1000 * kSecond, INT64_MAX - 1000 * kSecond, start + 500 * kSecond}) {
-    kernel->SetTimeGMT(gmt);
-    for (const int64_t ignored : {INT64_MIN, int64_t{-1}, int64_t{0}, start}) {
-      const int64_t passed = kernel->GetTimeGMT().GetNanoseconds() - gmt;
-      EXPECT_TRUE(passed >= 0 && passed <= Now() - start);
-      kernel->SetTimeGMT(ignored);
-    }
-  }
-}
-
 TEST_F(ClockTest, CalendarFieldsAreThoseOfNoZone) {
   setenv("TZ", "JST-9", 1);
   std::istringstream rows(

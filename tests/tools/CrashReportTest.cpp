@@ -9,21 +9,19 @@
 
 #include "crash/CrashPrinter.h"
 
-namespace {
-
 using nlohmann::json;
 
-std::string Sample(const std::string& target) {
+static std::string Sample(const std::string& target) {
   std::ifstream file(TEST_FOLDER "/" + target + "-report.txt");
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::vector<CrashReport> Read(const std::string& log) {
+static std::vector<CrashReport> Read(const std::string& log) {
   std::istringstream stream(log);
   return ReadCrashReports(stream);
 }
 
-json ReadJson(const std::string& log) {
+static json ReadJson(const std::string& log) {
   std::ostringstream out;
   PrintJson(out, Read(log));
   return json::parse(out.str());
@@ -87,5 +85,3 @@ TEST(CrashReportTest, ACutAnywhereInventsNothing) {
     }
   }
 }
-
-}  // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef IPL_TESTS_THREADS_TESTTHREAD_H
-#define IPL_TESTS_THREADS_TESTTHREAD_H
+#ifndef IPL_TESTS_SUPPORT_TESTTHREAD_H
+#define IPL_TESTS_SUPPORT_TESTTHREAD_H
 
 #include <pthread.h>
 #include <semaphore.h>
@@ -49,7 +49,6 @@ class TestThread {
  public:
   explicit TestThread(const Function& body) : m_thread(IPLKernel::GetKernel()->CreateThread()) {
     m_body = [this, body] {
-      m_native = pthread_self();
       m_id = gettid();
       body();
     };
@@ -60,7 +59,6 @@ class TestThread {
     IPLKernel::GetKernel()->DestroyThread(m_thread);
   }
   IPLKernel::Thread* operator->() const { return m_thread; }
-  pthread_t GetNative() const { return m_native; }
   /// Returns when the thread waits for something in the system.
   void AwaitBlocked() const {
     for (std::string word; word != "S"; sched_yield()) {
@@ -71,7 +69,6 @@ class TestThread {
  private:
   IPLKernel::Thread* m_thread;
   Function m_body;
-  std::atomic<pthread_t> m_native{0};
   std::atomic<pid_t> m_id{0};
 };
 
@@ -81,10 +78,7 @@ class ThreadFixture : public KernelFixture {
   static constexpr int kTimeout = 2;
   static constexpr int kMark = 5;  // PLError_Usage, which no operation stores
 
-  void SetUp() override {
-    KernelFixture::SetUp();
-    kernel->SetLastError(PLError_Usage);
-  }
+  ThreadFixture() { kernel->SetLastError(PLError_Usage); }
   /// Returns kDone for an operation that succeeded and stored no error; else the code of the last error, which is the
   /// mark where none was stored. Leaves the mark.
   int Outcome(bool succeeded) {
@@ -96,4 +90,4 @@ class ThreadFixture : public KernelFixture {
   const IPLKernel::Time kForever = IPLKernel::Time::Forever();
 };
 
-#endif  // IPL_TESTS_THREADS_TESTTHREAD_H
+#endif  // IPL_TESTS_SUPPORT_TESTTHREAD_H
