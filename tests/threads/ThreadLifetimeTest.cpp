@@ -10,7 +10,7 @@
 #include "threads/modules/Lingerer.h"
 
 // Takes the place of the C library's: the pause behind a wait must not be what makes anything safe.
-extern "C" IPL_API int usleep(useconds_t) { return 0; }
+extern "C" IPL_API int nanosleep(const timespec*, timespec*) { return 0; }
 
 using Thread = IPLKernel::Thread;
 
