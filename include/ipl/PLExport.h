@@ -9,7 +9,8 @@
 /// Everything else should be compiled with -fvisibility=hidden.
 #define IPL_API __attribute__((visibility("default")))
 
-/// Keeps a private operation of an exported class out of the exported symbols.
+/// Keeps a private operation of an exported class out of the exported symbols; of a variable it says that the library
+/// has it, so that it is reached without a detour.
 #define IPL_HIDDEN __attribute__((visibility("hidden")))
 
 /// Lets the compiler check a format text against the arguments that follow it. Both numbers count from 1, and 1 is

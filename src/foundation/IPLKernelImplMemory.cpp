@@ -23,10 +23,11 @@ namespace {
 
 constexpr uint32_t kHeaderSize = 8;
 
-// Every message and every object passes here: the pointer itself saves the call of GetKernel.
-IPLKernel* GetKernelObject() { return IPLKernelImpl::s_pKernelImpl.load(std::memory_order_acquire); }
+// Every message and every object passes here: this saves the call of GetKernel, and its barrier. Whoever allocates has
+// the kernel already, or got to know of it through somebody who has.
+IPLKernel* GetKernelObject() { return IPLKernelImpl::s_pKernelImpl.load(std::memory_order_relaxed); }
 
-void* AllocateBlock(uint64_t byteCount, uint32_t elementCount, const char* file, int line) {
+void* AllocateBlock(size_t byteCount, uint32_t elementCount, const char* file, int line) {
   IPLKernel* kernel = GetKernelObject();
   if (byteCount - 1 >= UINT32_MAX - kHeaderSize || kernel == nullptr) {  // 0 wraps around
     return nullptr;
@@ -58,7 +59,8 @@ void operator delete(void* p, const char* file, int line, PLMem_Selector_PL_NEW_
 
 void* operator new(size_t, unsigned int count, unsigned int elementSize, const char* file, int line,
                    PLMem_Selector_PL_VECTOR_NEW_DELETE*) noexcept {
-  return AllocateBlock(static_cast<uint64_t>(count) * elementSize, count, file, line);
+  const uint64_t byteCount = static_cast<uint64_t>(count) * elementSize;
+  return byteCount <= UINT32_MAX ? AllocateBlock(static_cast<size_t>(byteCount), count, file, line) : nullptr;
 }
 
 void operator delete(void* p, unsigned int, unsigned int, const char* file, int line,

@@ -144,6 +144,8 @@ IPL_NEON unsigned long CountWithNeon(const unsigned short* units, unsigned long 
 // A few characters at a time, with what every processor has.
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "characters are taken out of words");
 
+constexpr unsigned long kWords = 8;
+
 uint32_t LoadWord(const void* from) {
   uint32_t word = 0;
   ::memcpy(&word, from, sizeof(word));
@@ -161,7 +163,7 @@ uint32_t NarrowWord(uint32_t units) { return (units & 0xFF) | (units >> 8 & 0xFF
 
 unsigned long WidenWords(const unsigned char* bytes, unsigned long count, unsigned short* units) {
   unsigned long position = 0;
-  for (; count - position >= 8; position += 8) {
+  for (; count - position >= kWords; position += kWords) {
     const uint32_t first = LoadWord(bytes + position);
     const uint32_t second = LoadWord(bytes + position + 4);
     if (((first | second) & 0x80808080) != 0) {
@@ -226,12 +228,21 @@ unsigned long NarrowAsciiRun(const unsigned short* units, unsigned long count, c
 
 #elif defined(__arm__)
 
+// Most runs in text with accents are too short for the wide registers: words come before them, and behind.
 unsigned long WidenAsciiRun(const unsigned char* bytes, unsigned long count, unsigned short* units) {
-  return s_hasNeon ? WidenWithNeon(bytes, count, units) : WidenWords(bytes, count, units);
+  unsigned long position = WidenWords(bytes, count < kWords ? count : kWords, units);
+  if (position == 0) {
+    return 0;
+  }
+  if (s_hasNeon) {
+    position += WidenWithNeon(bytes + position, count - position, units + position);
+  }
+  return position + WidenWords(bytes + position, count - position, units + position);
 }
 
 unsigned long NarrowAsciiRun(const unsigned short* units, unsigned long count, char* bytes) {
-  return s_hasNeon ? NarrowWithNeon(units, count, bytes) : NarrowWords(units, count, bytes);
+  const unsigned long position = s_hasNeon ? NarrowWithNeon(units, count, bytes) : 0;
+  return position + NarrowWords(units + position, count - position, bytes + position);
 }
 
 #else

@@ -118,7 +118,7 @@ class IPLKernelImpl : public IPLKernel {
 
   /// The kernel object, null while there is none. Written by the entry symbols with release order, so that a thread
   /// that sees the pointer sees a constructed object; read without a lock everywhere.
-  static std::atomic<IPLKernelImpl*> s_pKernelImpl;
+  static IPL_HIDDEN std::atomic<IPLKernelImpl*> s_pKernelImpl;
 
  private:
   template <typename>

@@ -74,7 +74,7 @@ class KernelTimerManager {
 
   /// Every timer operation passes this gate, and shut-down closes it before it ends the manager: nobody waits for the
   /// timer thread once it was told to quit.
-  static ShutdownGate s_gate;
+  static IPL_HIDDEN ShutdownGate s_gate;
 
  private:
   template <typename>
@@ -106,9 +106,9 @@ class KernelTimerManager {
   void FreeRecords(PLArray<TimerRecord*>& list);
 
   /// Guards the pool and s_pLiveManager; the innermost lock, held for a pool operation only.
-  static PosixMutex s_poolLock;
+  static IPL_HIDDEN PosixMutex s_poolLock;
   /// The manager that takes timer messages back; null when there is none.
-  static KernelTimerManager* s_pLiveManager PL_GUARDED_BY(s_poolLock);
+  static IPL_HIDDEN KernelTimerManager* s_pLiveManager PL_GUARDED_BY(s_poolLock);
 
   IPLKernel* m_pKernel;                                             // not owned
   IPLKernel::Thread* m_pThread;                                     // owned

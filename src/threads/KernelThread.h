@@ -75,7 +75,7 @@ class KernelThread : public IPLKernel::Thread, public TrackedObject {
   /// Tells whether s_threadKey exists. Read without a lock by each GetLastError and SetLastError; written with release
   /// order by start-up and shut-down.
   static std::atomic<bool> s_keyValid;
-  static ShutdownGate s_gate;
+  static IPL_HIDDEN ShutdownGate s_gate;
 
   pthread_t m_thread PL_GUARDED_BY(s_pThreadLock);  // 0 when no run goes on
   unsigned long m_requestedStackSize PL_GUARDED_BY(s_pThreadLock);

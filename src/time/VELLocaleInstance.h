@@ -18,7 +18,7 @@ class VELLocaleInstance {
   int32_t GetTimeZoneOffset();
   uint32_t ConvertEpochToLocalTime(unsigned int seconds);
 
-  static VELLocaleInstance m_LocaleInstance;
+  static IPL_HIDDEN VELLocaleInstance m_LocaleInstance;
 
  private:
   template <typename>

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef IPL_TESTS_GATES_GATECONVERTER_H
+#define IPL_TESTS_GATES_GATECONVERTER_H
+
+/// Counts the converters of character sets that the process opens.
+namespace GateConverter {
+
+long Count();
+
+}  // namespace GateConverter
+
+#endif  // IPL_TESTS_GATES_GATECONVERTER_H
