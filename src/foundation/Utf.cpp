@@ -30,7 +30,6 @@ constexpr unsigned int SequenceLength(unsigned char lead) {
 
 constexpr bool IsSurrogate(uint32_t value) { return value >= 0xD800 && value <= 0xDFFF; }
 constexpr bool IsHighSurrogate(uint32_t value) { return value >= 0xD800 && value <= 0xDBFF; }
-constexpr bool IsLowSurrogate(uint32_t value) { return value >= 0xDC00 && value <= 0xDFFF; }
 
 // Whether a unit is a character of three bytes; the seldom ones behind the surrogates are left out.
 constexpr bool NeedsThreeBytes(uint32_t value) { return value - 0x800 < 0xD800 - 0x800; }
