@@ -5,9 +5,11 @@
 #include <sched.h>
 #include <stdint.h>
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
@@ -73,6 +75,28 @@ void TimeOne(State& state, Call call, int64_t count = 1) {
   const auto start = std::chrono::steady_clock::now();
   call();
   state.SetIterationTime(SecondsSince(start) / static_cast<double>(count));
+}
+
+/// Times the call alone, in seconds.
+template <typename Call>
+double SecondsOf(Call call) {
+  const auto start = std::chrono::steady_clock::now();
+  call();
+  return SecondsSince(start);
+}
+
+/// For what hands over between threads: measures, in seconds, so many times, and takes the middle one. One that
+/// something else got in the way of may last many times as long, and would be most of a mean. With one iteration.
+template <typename Case>
+void TakeMiddle(State& state, size_t times, Case measure) {
+  while (state.KeepRunning()) {
+    std::vector<double> seconds;
+    while (seconds.size() < times) {
+      seconds.push_back(measure());
+    }
+    std::nth_element(seconds.begin(), seconds.begin() + static_cast<long>(times / 2), seconds.end());
+    state.SetIterationTime(seconds[times / 2]);
+  }
 }
 
 /// Stands at file scope; registers the measurements of a file before main.

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a start of the kernel cannot do without, by hand: libiconv is there, the platform's library is asked for the
-// time, two recursive mutexes are made.
+// time and the answer is read as text, the clock is read, two recursive mutexes and a key for each thread's object are
+// made.
 #include <CVelPluginWrapper.h>
-#include <stdlib.h>
+#include <pthread.h>
+#include <stdio.h>
 #include <time.h>
 
 #include <string>
@@ -21,16 +23,22 @@ class TimeClient : public vel::CVelPluginWrapper {
 }  // namespace
 
 int main(int argc, char**) {
+  bool read = false;
   {
     PosixRecursiveMutex state;
     PosixRecursiveMutex modules;
+    pthread_key_t currentThread = 0;
+    ::pthread_key_create(&currentThread, nullptr);
     TimeClient client;
-    if (client.Open("Time", "1.000", "Time") == 0) {
+    if (client.Open("Time", "1.000", "Time") != 0) {
       const std::string answer = client.Execute("GetEpochTime", "", "", "", "");
-      volatile long offset = ::strtol(answer.c_str(), nullptr, 10) - static_cast<long>(::time(nullptr));
-      static_cast<void>(offset);
+      unsigned int seconds = 0;
+      timespec kernelTime = {};
+      read = !answer.empty() && ::sscanf(answer.c_str() + 1, "%u", &seconds) == 1 &&
+             ::clock_gettime(CLOCK_MONOTONIC, &kernelTime) == 0;
       client.Close();
     }
+    ::pthread_key_delete(currentThread);
   }
-  return EndHost(argc);
+  return read ? EndHost(argc) : 1;
 }

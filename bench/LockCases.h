@@ -88,7 +88,7 @@ template <typename Mutex>
 void MeasureMutex(const std::string& who) {
   Measure("LockUnlock/" + who, LockUnlock<Mutex>);
   Measure("LockNested/" + who, LockNested<Mutex>);
-  MeasureManually("LockContended/" + who, 1, LockContended<Mutex>);
+  MeasureManually("LockContended/" + who, 5, LockContended<Mutex>);
 }
 
 template <typename Event>

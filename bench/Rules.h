@@ -14,23 +14,26 @@
 /// "rules" in the results: what the contract asks of the kernel, written by hand on pthread and malloc and nothing
 /// more. Where the limit does less than the contract wants, this is what the kernel's own share is told by.
 
-/// Memory and its moves are had through a table that somebody may exchange.
+/// Memory and its moves are had through a table that somebody may exchange. Who asks for memory tells its place.
 struct RulesTable {
-  void* (*alloc)(size_t);
-  void (*free)(void*);
+  void* (*alloc)(size_t, const char* file, int line);
+  void (*free)(void*, const char* file, int line);
   void* (*memmove)(void*, const void*, size_t);
   void* (*memset)(void*, int, size_t);
 };
 
 inline std::atomic<const RulesTable*>& GetRulesTable() {
-  static const RulesTable table = {::malloc, ::free, ::memmove, ::memset};
+  static const RulesTable table = {[](size_t size, const char*, int) { return ::malloc(size); },
+                                   [](void* block, const char*, int) { ::free(block); }, ::memmove, ::memset};
   static std::atomic<const RulesTable*> current{&table};
   return current;
 }
 
-/// Blocks have a header of eight bytes with a count.
-inline void* AllocateByRules(size_t size) {
-  auto* block = static_cast<uint32_t*>(GetRulesTable().load(std::memory_order_acquire)->alloc(size + 8));
+/// Blocks have a header of eight bytes with a count. Those who want one call a function, as they lie in other
+/// libraries.
+__attribute__((noinline)) inline void* AllocateByRules(size_t size, const char* file = nullptr, int line = 0) {
+  const RulesTable* table = GetRulesTable().load(std::memory_order_relaxed);
+  auto* block = size != 0 ? static_cast<uint32_t*>(table->alloc(size + 8, file, line)) : nullptr;
   if (block == nullptr) {
     return nullptr;
   }
@@ -38,9 +41,9 @@ inline void* AllocateByRules(size_t size) {
   return block + 2;
 }
 
-inline void FreeByRules(void* block) {
+__attribute__((noinline)) inline void FreeByRules(void* block, const char* file = nullptr, int line = 0) {
   if (block != nullptr) {
-    GetRulesTable().load(std::memory_order_acquire)->free(static_cast<char*>(block) - 8);
+    GetRulesTable().load(std::memory_order_relaxed)->free(static_cast<char*>(block) - 8, file, line);
   }
 }
 

@@ -3,7 +3,6 @@
 // for the timer thread. How late timers of 5 ms are.
 #include <time.h>
 
-#include <algorithm>
 #include <deque>
 #include <random>
 #include <vector>
@@ -90,20 +89,15 @@ void RoundTrip(State& state) {
   }
 }
 
-// The middle one of many.
 template <typename Wait>
 void Lateness(State& state, Wait wait) {
-  while (state.KeepRunning()) {
-    std::vector<int64_t> lateness;
-    for (int i = 0; i < 41; ++i) {
-      lateness.push_back(wait());
-      if (lateness.back() < 0) {
-        state.SkipWithError("early");
-      }
+  TakeMiddle(state, 41, [&] {
+    const int64_t lateness = wait();
+    if (lateness < 0) {
+      state.SkipWithError("early");
     }
-    std::nth_element(lateness.begin(), lateness.begin() + 20, lateness.end());
-    state.SetIterationTime(static_cast<double>(lateness[20]) / 1e9);
-  }
+    return static_cast<double>(lateness) / 1e9;
+  });
 }
 
 int64_t MonotonicNow() {

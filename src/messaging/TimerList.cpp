@@ -64,10 +64,15 @@ void Rearm(PLArray<TimerRecord*>& list, unsigned long removed, unsigned long kep
   std::inplace_merge(begin, inserted, end, FiresBefore);
 }
 
-unsigned long FindLast(const PLArray<TimerRecord*>& list, uint32_t timerID) {
-  for (unsigned long i = list.GetSize(); i > 0; --i) {
-    if (list[i - 1]->timerID == timerID) {
-      return i - 1;
+// From both ends: what is cleared is most often the next to fire or has just been set.
+unsigned long Find(const PLArray<TimerRecord*>& list, uint32_t timerID) {
+  unsigned long high = list.GetSize();
+  for (unsigned long low = 0; low < high; ++low) {
+    if (list[low]->timerID == timerID) {
+      return low;
+    }
+    if (list[--high]->timerID == timerID) {
+      return high;
     }
   }
   return list.GetSize();

@@ -38,8 +38,8 @@ void RemoveFront(PLArray<TimerRecord*>& list, unsigned long count);
 /// does. kept is not more than removed. Needs no memory of the kernel.
 void Rearm(PLArray<TimerRecord*>& list, unsigned long removed, unsigned long kept);
 
-/// Returns the index of the last record with this identifier, or GetSize() if there is none.
-unsigned long FindLast(const PLArray<TimerRecord*>& list, uint32_t timerID);
+/// Returns the index of the record with this identifier, which only one has, or GetSize() if there is none.
+unsigned long Find(const PLArray<TimerRecord*>& list, uint32_t timerID);
 
 }  // namespace TimerList
 

@@ -2,7 +2,6 @@
 // What runs on the timer thread.
 #include "messaging/KernelTimerManager.h"
 #include "messaging/TimeArithmetic.h"
-#include "threads/KernelLockGuard.h"
 
 namespace {
 
@@ -28,11 +27,12 @@ IPLKernel::Time WaitForFirst(const PLArray<TimerRecord*>& list, IPLKernel::Time 
   return now < fireTime ? SaturatingSubtract(fireTime, now) : IPLKernel::Time(1);
 }
 
-// Holds the lock of the queue that many messages are posted to, one after the other: their receiver would contend for
-// it with each of them.
+// Holds the lock of the queue that messages are posted to, one after the other: their receiver would contend for it with
+// each of them. With the lock held the queue's length tells what Post does not, whether it found memory.
 class QueueLock {
  public:
   QueueLock() = default;
+  explicit QueueLock(IPLKernel::MessageQueue* queue) { MoveTo(queue); }
   ~QueueLock() { MoveTo(nullptr); }
   QueueLock(const QueueLock&) = delete;
   QueueLock& operator=(const QueueLock&) = delete;
@@ -129,9 +129,11 @@ bool KernelTimerManager::ScheduleTimerGMT(TimerRecord* record, const IPLKernel::
     if (!ScheduleTimer(record, m_gmtTimers)) {
       return false;
     }
+    const QueueLock lock(record->queue);
     PostTimerMessage(*record, kernelNow, gmtNow);
     return true;
   }
+  const QueueLock lock(record->queue);
   if (!PostTimerMessage(*record, kernelNow, gmtNow)) {
     return false;
   }
@@ -159,10 +161,12 @@ void KernelTimerManager::FireDue(PLArray<TimerRecord*>& list, IPLKernel::Time no
   if (due == 0) {
     return;
   }
+  QueueLock lock;
   TimerRecord* first = list[0];
   if (due == 1 && first->periodic) {
     first->fireTime = SaturatingAdd(first->interval, now);
     TimerList::RearmFirst(list);
+    lock.MoveTo(first->queue);
     PostTimerMessage(*first, kernelNow, gmtNow);
     return;
   }
@@ -173,12 +177,12 @@ void KernelTimerManager::FireDue(PLArray<TimerRecord*>& list, IPLKernel::Time no
     }
     TimerList::RemoveFront(list, due);
     for (unsigned long i = 0; i < due; ++i) {
+      lock.MoveTo(few[i]->queue);
       Fire(few[i], list, now, kernelNow, gmtNow);
     }
     return;
   }
   unsigned long kept = 0;
-  QueueLock lock;
   for (unsigned long i = 0; i < due; ++i) {
     TimerRecord* record = list[i];
     lock.MoveTo(record->queue);
@@ -205,15 +209,13 @@ void KernelTimerManager::Fire(TimerRecord* record, PLArray<TimerRecord*>& list, 
   }
 }
 
-// Without memory this firing is lost, and nothing else. Returns false then.
+// With the lock of the record's queue held. Without memory this firing is lost, and nothing else. Returns false then.
 bool KernelTimerManager::PostTimerMessage(const TimerRecord& record, IPLKernel::Time kernelNow,
                                           IPLKernel::Time gmtNow) {
   TimerMessage* data = CreateTimerMessage(kernelNow, gmtNow, record.timerID);
   if (data == nullptr) {
     return false;
   }
-  // Post has no result; with the lock held the length tells.
-  KernelLockGuard guard(record.queue);
   const unsigned long length = record.queue->GetLength();
   record.queue->Post(m_timerMessageID, static_cast<IPLKernel::TimerMessageData*>(data));
   const bool posted = record.queue->GetLength() != length;
@@ -225,10 +227,10 @@ bool KernelTimerManager::PostTimerMessage(const TimerRecord& record, IPLKernel::
 
 void KernelTimerManager::ClearTimerRecord(TimerClearRecord* clear) {
   PLArray<TimerRecord*>* list = &m_kernelTimers;
-  unsigned long index = TimerList::FindLast(*list, clear->timerID);
+  unsigned long index = TimerList::Find(*list, clear->timerID);
   if (index == list->GetSize()) {
     list = &m_gmtTimers;
-    index = TimerList::FindLast(*list, clear->timerID);
+    index = TimerList::Find(*list, clear->timerID);
   }
   if (index != list->GetSize() && (*list)[index]->queue == clear->queue) {
     PLTypes_ScalarDelete((*list)[index], nullptr, 0);
