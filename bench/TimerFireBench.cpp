@@ -17,7 +17,7 @@
 namespace {
 
 constexpr int64_t kHour = int64_t{3600} * 1000000000;
-constexpr auto kAsleep = std::chrono::milliseconds(1);  // the other thread waits by then, as the timer thread does
+constexpr auto kAsleep = std::chrono::milliseconds(1);      // the other thread waits by then, as the timer thread does
 constexpr int64_t kStart = int64_t{50} * 365 * 24 * kHour;  // a date, and no time of day
 
 /// A kernel whose GMT is moved by hand, and the queue of its timers.

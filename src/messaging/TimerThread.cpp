@@ -27,8 +27,8 @@ IPLKernel::Time WaitForFirst(const PLArray<TimerRecord*>& list, IPLKernel::Time 
   return now < fireTime ? SaturatingSubtract(fireTime, now) : IPLKernel::Time(1);
 }
 
-// Holds the lock of the queue that messages are posted to, one after the other: their receiver would contend for it with
-// each of them. With the lock held the queue's length tells what Post does not, whether it found memory.
+// Holds the lock of the queue that messages are posted to, one after the other: their receiver would contend for it
+// with each of them. With the lock held the queue's length tells what Post does not, whether it found memory.
 class QueueLock {
  public:
   QueueLock() = default;
