@@ -69,6 +69,7 @@ class PosixThread {
 
 template <typename Thread>
 void Among(State& state) {
+  const OneProcessor one;
   ThreadEnd end;
   std::vector<std::thread> others;
   for (int64_t i = 0; i < state.range(0); ++i) {

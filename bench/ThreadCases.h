@@ -4,6 +4,9 @@
 
 #include <semaphore.h>
 
+#include <chrono>
+#include <thread>
+
 #include "Bench.h"
 
 /// What a measured thread does: it tells that it is at its end.
@@ -20,9 +23,12 @@ struct ThreadEnd {
   sem_t m_semaphore;
 };
 
+constexpr auto kUntilGone = std::chrono::microseconds(20);
+
 /// A class with Start(ThreadEnd*), which makes a thread that tells its end, and Join(), which is not timed.
 template <typename Thread>
 void RunToEnd(State& state) {
+  const OneProcessor one;
   ThreadEnd end;
   Thread thread;
   while (state.KeepRunning()) {
@@ -31,12 +37,13 @@ void RunToEnd(State& state) {
       end.Wait();
     });
     thread.Join();
+    std::this_thread::sleep_for(kUntilGone);  // those that nobody joins leave the process too
   }
 }
 
 template <typename Thread>
 void MeasureThread(const std::string& who) {
-  MeasureManually("RunToEnd/" + who, 1000, RunToEnd<Thread>);
+  MeasureManually("RunToEnd/" + who, 500, RunToEnd<Thread>);
 }
 
 #endif  // IPL_BENCH_THREADCASES_H
