@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
@@ -43,8 +45,13 @@ class OneProcessor {
     ::sched_getaffinity(0, sizeof(m_before), &m_before);
     cpu_set_t one;
     CPU_ZERO(&one);
-    CPU_SET(::sched_getcpu(), &one);
-    ::sched_setaffinity(0, sizeof(one), &one);
+    const int here = ::sched_getcpu();
+    CPU_SET(static_cast<size_t>(here >= 0 ? here : 0), &one);
+    if (::sched_setaffinity(0, sizeof(one), &one) != 0) {
+      std::fputs("This program may not choose its processor: rows of threads that take turns are not as told.\n",
+                 stderr);
+      std::exit(1);
+    }
   }
   ~OneProcessor() { ::sched_setaffinity(0, sizeof(m_before), &m_before); }
   OneProcessor(const OneProcessor&) = delete;

@@ -2,6 +2,7 @@
 #include "BenchKernel.h"
 #include "LockCases.h"
 #include "Posix.h"
+#include "Rules.h"
 
 namespace {
 
@@ -39,6 +40,7 @@ class OurEvent {
 const Registered s_registered([] {
   MeasureMutex<OurMutex>("ours");
   MeasureMutex<PosixRecursiveMutex>("limit");
+  MeasureMutex<RulesMutex>("rules");
   MeasureEvent<OurEvent>("ours");
   MeasureEvent<PosixEvent>("limit");
 });

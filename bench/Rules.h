@@ -62,17 +62,47 @@ class RulesCounter {
   unsigned long m_last = 0;
 };
 
+/// A recursive mutex behind a table of operations.
+class RulesMutex {
+ public:
+  struct Operations {
+    void (*lock)(RulesMutex&);
+    void (*unlock)(RulesMutex&);
+  };
+
+  RulesMutex() : m_operations(GetOperations()) {}
+  void Lock() { m_operations.load(std::memory_order_relaxed)->lock(*this); }
+  void Unlock() { m_operations.load(std::memory_order_relaxed)->unlock(*this); }
+
+ private:
+  static const Operations* GetOperations() {
+    static const Operations operations = {[](RulesMutex& mutex) { mutex.m_mutex.Lock(); },
+                                          [](RulesMutex& mutex) { mutex.m_mutex.Unlock(); }};
+    return &operations;
+  }
+
+  std::atomic<const Operations*> m_operations;
+  PosixRecursiveMutex m_mutex;
+};
+
 /// A flag that stays set until it is cleared, with a recursive mutex of its own.
 class RulesEvent {
  public:
   void Set() {
-    m_mutex.Lock();
-    if (!m_set) {
-      m_set = true;
-      ::pthread_cond_broadcast(&m_cond);
+    if (BeginSet()) {
+      FinishSet();
     }
-    m_mutex.Unlock();
   }
+  /// Returns whether somebody has to be woken, with all locks given up.
+  bool BeginSet() {
+    m_mutex.Lock();
+    const bool wasSet = m_set;
+    m_set = true;
+    const bool wakes = !wasSet && m_waiters != 0;
+    m_mutex.Unlock();
+    return wakes;
+  }
+  void FinishSet() { ::pthread_cond_broadcast(&m_cond); }
   void Clear() {
     m_mutex.Lock();
     m_set = false;
@@ -80,9 +110,11 @@ class RulesEvent {
   }
   void Wait() {
     m_mutex.Lock();
+    ++m_waiters;
     while (!m_set) {
       ::pthread_cond_wait(&m_cond, m_mutex.Get());
     }
+    --m_waiters;
     m_mutex.Unlock();
   }
 
@@ -90,6 +122,7 @@ class RulesEvent {
   PosixRecursiveMutex m_mutex;
   pthread_cond_t m_cond = PTHREAD_COND_INITIALIZER;
   bool m_set = false;
+  int m_waiters = 0;
 };
 
 /// An array of messages, each a block of its own; taking the first moves up the others. The event is set exactly while
@@ -101,7 +134,7 @@ class RulesQueue {
     while (m_size != 0) {
       Receive();
     }
-    ::free(m_messages);
+    FreeByRules(m_messages);
   }
   RulesQueue(const RulesQueue&) = delete;
   RulesQueue& operator=(const RulesQueue&) = delete;
@@ -113,14 +146,14 @@ class RulesQueue {
     *message = {nullptr, value, data, nullptr};
     m_mutex.Lock();
     if (m_size == m_capacity) {
-      m_capacity = m_capacity == 0 ? 8 : 2 * m_capacity;
-      m_messages = static_cast<Message**>(::realloc(m_messages, m_capacity * sizeof(*m_messages)));
+      Grow();
     }
     m_messages[m_size++] = message;
-    if (m_size == 1) {
-      m_event.Set();
-    }
+    const bool isFirst = m_size == 1 && m_event.BeginSet();
     m_mutex.Unlock();
+    if (isFirst) {
+      m_event.FinishSet();
+    }
   }
   uintptr_t Receive(void** data = nullptr) {
     m_mutex.Lock();
@@ -155,6 +188,17 @@ class RulesQueue {
     void* data;
     void* replyEvent;
   };
+
+  void Grow() {
+    m_capacity = m_capacity == 0 ? 8 : 2 * m_capacity;
+    void* messages = AllocateByRules(m_capacity * sizeof(*m_messages));
+    if (m_size != 0) {
+      ::memcpy(messages, m_messages, m_size * sizeof(*m_messages));
+    }
+    FreeByRules(m_messages);
+    m_messages = static_cast<Message**>(messages);
+  }
+
   PosixRecursiveMutex m_mutex;
   RulesEvent m_event;
   Message** m_messages = nullptr;  // owned, and so are the messages

@@ -6,6 +6,7 @@
 // request, just before the pass; the next request is taken behind the pass. Two calls in a row thus last as long as the
 // pass and two switches there and back. The limit posts as many entries to another thread over a queue of malloc,
 // mutex and condition. The time is that of one timer.
+#include <mutex>
 #include <random>
 #include <thread>
 #include <vector>
@@ -122,7 +123,7 @@ void PostAndReceiveByRules(State& state) {
     RulesQueue queue;
     RulesQueue start;
     RulesEvent taken;
-    PosixRecursiveMutex pool;
+    std::mutex pool;
     std::vector<void*> timers;
     for (int64_t i = 0; i < count; ++i) {
       timers.push_back(AllocateByRules(40));
@@ -132,8 +133,8 @@ void PostAndReceiveByRules(State& state) {
       taken.Set();
       queue.Lock();
       for (void* timer : timers) {
-        pool.Lock();
-        pool.Unlock();
+        pool.lock();
+        pool.unlock();
         queue.Post(1, AllocateByRules(40));
         FreeByRules(timer);
       }
@@ -146,9 +147,9 @@ void PostAndReceiveByRules(State& state) {
       for (int64_t i = 0; i < count; ++i) {
         void* data = nullptr;
         queue.Receive(&data);
-        pool.Lock();
+        pool.lock();
         FreeByRules(data);
-        pool.Unlock();
+        pool.unlock();
       }
     });
     other.join();

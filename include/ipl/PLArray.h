@@ -13,11 +13,11 @@
 /// An array.
 
 /// For PLArray alone, and the same for every element type: moves the used elements of data to a buffer for size
-/// elements or more, frees data and returns the buffer, its unused part zero. Null, and nothing is done, if memory is
-/// exhausted or a size does not fit 32 bits. It is seldom called, so it is kept out of the way of what is not. [owner]
-/// Takes no lock.
-IPL_NEVER_INLINE inline void* PLArray_Grow(void* data, uint32_t used, uint32_t& capacity, unsigned long size,
-                                           unsigned long elementSize, bool plainData) {
+/// elements or more, frees data and returns the buffer, its unused part zero, and their number in capacity. Null, and
+/// nothing is done, if memory is exhausted or a size does not fit 32 bits. It is seldom called, so it is kept out of
+/// the way of what is not. [owner] Takes no lock.
+IPL_HIDDEN IPL_NEVER_INLINE inline void* PLArray_Grow(void* data, uint32_t used, uint32_t& capacity, unsigned long size,
+                                                      unsigned long elementSize, bool plainData) {
   uint64_t count = size;
   if (capacity != 0) {
     const uint64_t step = 2 * static_cast<uint64_t>(capacity);
@@ -181,8 +181,8 @@ class PLArray {
   uint32_t m_capacity;  // elements allocated
 
  protected:
-  /// Elements are moved and cleared as raw memory; true in every array of the kernel. Where a derived class sets it to
-  /// false they are assigned one by one.
+  /// Elements are moved and cleared by the kernel's operations for raw memory; true in every array of the kernel. Where
+  /// a derived class sets it to false they are copied one by one.
   bool m_bPlainData;
 };
 

@@ -117,7 +117,8 @@ class IPLKernelImpl : public IPLKernel {
   virtual KernelTimerManager* GetTimerManager();             // slot 75
 
   /// The kernel object, null while there is none. Written by the entry symbols with release order, so that a thread
-  /// that sees the pointer sees a constructed object; read without a lock everywhere.
+  /// that reads it with acquire order sees a constructed object; who got the kernel from somebody needs no order. Read
+  /// without a lock everywhere.
   static IPL_HIDDEN std::atomic<IPLKernelImpl*> s_pKernelImpl;
 
  private:

@@ -65,8 +65,9 @@ void CompareWithModel(IPLKernel* kernel, bool movesThroughKernel) {
       model.RemoveAt(index);
     } else {
       const long* value = choice < 20 && model.size != 0 ? &array[random() % model.size] : &step;
-      model.InsertAt(index, *value);
-      array.InsertAt(index, *value);
+      const size_t place = choice % 2 == 0 ? index : model.size;
+      model.InsertAt(place, *value);
+      choice % 2 == 0 ? array.InsertAt(place, *value) : array.Append(*value);
     }
     ASSERT_EQ(array.GetCapacity(), model.slots.size()) << step;
     ASSERT_EQ(std::vector<long>(&array[0], &array[0] + array.GetSize()),

@@ -86,18 +86,3 @@ TEST_F(MutexEventTest, SetReleasesOneOrAllHoweverLongTheyMayWait) {
     }
   }
 }
-
-// The condition takes its mutex again before the thread ends.
-TEST_F(MutexEventTest, ACancelledWaiterLeavesTheEventToOthers) {
-  pthread_t thread = {};
-  const auto wait = [](void* event) -> void* {
-    return static_cast<IPLKernel::Event*>(event)->Wait(IPLKernel::Time::Forever()) ? event : nullptr;
-  };
-  ASSERT_EQ(pthread_create(&thread, nullptr, wait, events[0]), 0);
-  pthread_cancel(thread);
-  void* result = nullptr;
-  pthread_join(thread, &result);
-  EXPECT_EQ(result, PTHREAD_CANCELED);
-  events[0]->Set();
-  EXPECT_EQ(Outcome(events[0]->Wait(0)), kDone);
-}

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "support/TestThread.h"
+#include "threads/KernelEvent.h"
 #include "threads/KernelThread.h"
 #include "threads/WaitDeadline.h"
 
@@ -53,6 +54,22 @@ TEST(KernelThreadTest, MapsPrioritiesToTheRoundRobinRange) {
   for (const auto& row : rows) {
     EXPECT_EQ(KernelThread::PriorityToPThreadPriority(static_cast<unsigned char>(row[0])), row[1]) << row[0];
   }
+}
+
+// It would be woken for nothing at each Set; and the count of waiters has an end.
+TEST(KernelEventTest, ACancelledWaiterIsNotCounted) {
+  KernelEvent event(false);
+  const auto wait = [](void* argument) -> void* {
+    return static_cast<KernelEvent*>(argument)->Wait(IPLKernel::Time::Forever()) ? argument : nullptr;
+  };
+  pthread_t thread = {};
+  ASSERT_EQ(pthread_create(&thread, nullptr, wait, &event), 0);
+  pthread_cancel(thread);
+  void* result = nullptr;
+  pthread_join(thread, &result);
+  EXPECT_EQ(result, PTHREAD_CANCELED);
+  EXPECT_FALSE(event.BeginSet()) << "nobody waits";
+  EXPECT_TRUE(event.Wait(0));
 }
 
 TEST(ShutdownGateTest, CloseWaitsForThoseInsideAndRefusesNewcomers) {
