@@ -19,11 +19,15 @@ UNITS = [(1e9, "s"), (1e6, "ms"), (1e3, "µs"), (1, "ns")]
 
 
 def load(folder):
-    """Returns {topic: {(operation, n): {who: median}}} in the order of the files; n is None or a number."""
-    topics = {}
+    """Returns {topic: {(operation, n): {who: median}}} in the order of the files; n is None or a number. A topic's files
+    are TOPIC.ROUND.json, from processes of the same program."""
+    rounds = collections.defaultdict(list)
     for file in sorted(pathlib.Path(folder).glob("*.json")):
+        rounds[file.name.split(".")[0]].append(json.loads(file.read_text())["benchmarks"])
+    topics = {}
+    for topic, processes in rounds.items():
         values = collections.defaultdict(lambda: collections.defaultdict(list))
-        runs = json.loads(file.read_text())["benchmarks"]  # in a random order
+        runs = [run for runs in processes for run in runs]  # in a random order
         for run in sorted(runs, key=lambda one: (one["family_index"], one["per_family_instance_index"])):
             if run.get("error_occurred"):
                 sys.exit(f"{run['name']}: {run['error_message']}")
@@ -38,7 +42,7 @@ def load(folder):
             by.setdefault("limit", medians.get((operation, None), {}).get("limit"))
             if by["limit"] is None:
                 del by["limit"]
-        topics[file.stem] = {key: by for key, by in medians.items() if "ours" in by}
+        topics[topic] = {key: by for key, by in medians.items() if "ours" in by}
     return topics
 
 
