@@ -115,9 +115,9 @@ def plots(topics, targets, folder):
         written.append(name)
 
     def marks(who):
-        return {"ours": "D", "limit": "|"}.get(who, "o")
+        return {"ours": "D", "limit": "|", "rules": "s"}.get(who, "o")
 
-    colours = {who: f"C{i}" for i, who in enumerate(PEERS)} | {"ours": "black", "limit": "red"}
+    colours = {who: f"C{i}" for i, who in enumerate(PEERS)} | {"ours": "black", "limit": "red", "rules": "gold"}
     for topic, keys in topics.items():
         rows = [key for key, by in keys.items()
                 if "limit" in by and (key[1] is None or name_of(key) in targets)][::-1]
