@@ -64,7 +64,7 @@ void Rearm(PLArray<TimerRecord*>& list, unsigned long removed, unsigned long kep
   std::inplace_merge(begin, inserted, end, FiresBefore);
 }
 
-// From both ends: what is cleared is most often the next to fire or has just been set.
+// From both ends: the next to fire and the last are found at once.
 unsigned long Find(const PLArray<TimerRecord*>& list, uint32_t timerID) {
   unsigned long high = list.GetSize();
   for (unsigned long low = 0; low < high; ++low) {
