@@ -61,7 +61,7 @@ def main():
     parser.add_argument("--emulator", default="")
     options = parser.parse_args()
     emulator = options.emulator.split()
-    probe = [options.probe, options.module]
+    probe = probe_figures.Probe(options.probe, options.module)
 
     counted = probe_figures.counts_of_probe(emulator, probe, 20)
     names = list(counted)

@@ -9,6 +9,22 @@ import tempfile
 
 # The same code of the C library on every machine: none of what some processors have.
 PLAIN_PROCESSOR = "glibc.cpu.hwcaps=-AVX2,-AVX512F,-ERMS,-FSRM:glibc.cpu.x86_rep_movsb_threshold=1000000000"
+ENVIRONMENT = {"PATH": os.environ["PATH"], "LC_ALL": "C", "GLIBC_TUNABLES": PLAIN_PROCESSOR}
+
+
+class Probe:
+    """The program, run in the folder of its module: the length of that folder's name, which the kernel compares and
+    copies, does not count."""
+
+    def __init__(self, program, module):
+        self.folder, name = os.path.split(os.path.abspath(module))
+        self.program, self.module = os.path.abspath(program), f"./{name}"
+
+    def command(self, rounds):
+        return [self.program, str(rounds), self.module]
+
+    def run(self, before, rounds, **options):
+        return run([*before, *self.command(rounds)], cwd=self.folder, env=ENVIRONMENT, **options)
 
 
 def run(command, **options):
@@ -26,7 +42,7 @@ def counts_of_probe(emulator, probe, rounds):
     """What the probe counts itself. It finds the same switches each time, or fewer where another program takes the
     processor away between two threads."""
     figures = {}
-    for line in run([*emulator, probe[0], str(rounds), *probe[1:]], preexec_fn=share_one_processor).splitlines():
+    for line in probe.run(emulator, rounds, preexec_fn=share_one_processor).splitlines():
         _, name, *counts = line.split()
         figures[name] = {measure: int(count) / rounds for measure, count in zip(counts[::2], counts[1::2])}
     return figures
@@ -34,8 +50,8 @@ def counts_of_probe(emulator, probe, rounds):
 
 def instructions_of_callgrind(probe, rounds):
     with tempfile.TemporaryDirectory() as folder:
-        run(["valgrind", "--tool=callgrind", "--separate-threads=yes", f"--callgrind-out-file={folder}/out", probe[0],
-             str(rounds), *probe[1:]], stderr=subprocess.DEVNULL, env={**os.environ, "GLIBC_TUNABLES": PLAIN_PROCESSOR})
+        probe.run(["valgrind", "--tool=callgrind", "--separate-threads=yes", f"--callgrind-out-file={folder}/out"], rounds,
+                  stderr=subprocess.DEVNULL)
         figures = {}
         for dump in pathlib.Path(folder).glob("out.*-01"):
             text = dump.read_text()
@@ -58,19 +74,20 @@ def marks_of(names, lines, is_step):
 
 
 def instructions_of_emulator(emulator, probe, rounds, names):
-    # One line for each instruction, and one for each system call, of the thread that makes the marks: no other thread
-    # runs in the operations that are counted so.
-    command = [*emulator[:1], "-singlestep", "-d", "nochain,exec,strace", *emulator[1:], probe[0], str(rounds), *probe[1:]]
+    # One line for each instruction, with the thread's number, and one for each system call. The first thread makes the
+    # marks.
+    command = [*emulator[:1], "-singlestep", "-d", "nochain,exec,strace", *emulator[1:], *probe.command(rounds)]
     figures = collections.Counter()
-    with subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, errors="replace") as log:
-        for operation, _ in marks_of(names, log.stderr, lambda line: line.startswith("Trace")):
+    with subprocess.Popen(command, cwd=probe.folder, env=ENVIRONMENT, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                          text=True, errors="replace") as log:
+        for operation, _ in marks_of(names, log.stderr, lambda line: line.startswith("Trace 0:")):
             figures[operation] += 1
     return {name: {"instructions": (count - figures["nothing"]) / rounds} for name, count in figures.items()}
 
 
 def calls_of_strace(probe, rounds, names):
     with tempfile.NamedTemporaryFile("r") as log:
-        run(["strace", "-f", "-qq", "-e", "signal=none", "-o", log.name, probe[0], str(rounds), *probe[1:]])
+        probe.run(["strace", "-f", "-qq", "-e", "signal=none", "-o", log.name], rounds)
         figures = {}
         marker = log.readline().split()[0]  # the first thread
         for operation, line in marks_of(names, log, lambda line: "resumed>" not in line):
