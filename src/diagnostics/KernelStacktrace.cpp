@@ -46,7 +46,7 @@ IPL_REAL_FRAME KernelStacktrace::KernelStacktrace(unsigned long maxDepth, unsign
     return;
   }
   const unsigned long dropped = skip + kOwnFrames;
-  m_pAddresses = static_cast<unsigned long*>(::malloc((count - dropped) * sizeof(unsigned long)));
+  m_pAddresses = new (std::nothrow) unsigned long[count - dropped];
   if (m_pAddresses == nullptr) {
     return;
   }
@@ -58,7 +58,7 @@ IPL_REAL_FRAME KernelStacktrace::KernelStacktrace(unsigned long maxDepth, unsign
 
 KernelStacktrace::~KernelStacktrace() {
   ::free(m_pFrameString);
-  ::free(m_pAddresses);
+  delete[] m_pAddresses;
 }
 
 unsigned long KernelStacktrace::GetDepth() const { return m_depth; }

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <new>
 
 #include "support/KernelFixture.h"
 #include "support/KernelTable.h"
@@ -20,6 +21,12 @@ static int s_timeout = 0;  // of the last call of poll
 extern "C" IPL_API int poll(pollfd* files, nfds_t count, int timeout) {
   s_timeout = timeout;
   return reinterpret_cast<decltype(&poll)>(dlsym(RTLD_NEXT, "poll"))(files, count, timeout);
+}
+
+static bool s_hasMemory = true;  // for arrays
+
+IPL_API void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+  return s_hasMemory ? ::operator new[](size) : nullptr;
 }
 
 using DiagnosticsTest = KernelFixture;
@@ -66,6 +73,11 @@ TEST_F(DiagnosticsTest, TraceDepthAndSkip) {
     });
   }
   kernel->DestroyStacktrace(nullptr);
+  s_hasMemory = false;
+  Trace* trace = kernel->CreateStacktrace(32, 0);
+  s_hasMemory = true;
+  EXPECT_TRUE(trace->GetDepth() == 0 && trace->GetAddress(0) == 0 && trace->GetFrameString(0)[0] == '\0');
+  kernel->DestroyStacktrace(trace);
 }
 
 TEST_F(DiagnosticsTest, FrameStrings) {
