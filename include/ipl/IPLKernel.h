@@ -405,7 +405,7 @@ class IPLKernel : public IPLModule {
   virtual void GetMemoryInfo(unsigned long long& memTotal, unsigned long long& memFree, unsigned long long& swapTotal,
                              unsigned long long& swapFree) = 0;  // slot 41
   /// Sets dir to the directory of the process's executable, without a '/' at its end. Returns false if it cannot be
-  /// found out, or if memory is exhausted; dir may be empty then. [any thread]
+  /// found out, and leaves dir as it is; or if memory is exhausted, and dir is empty then. [any thread]
   virtual bool GetKernelBinDirectory(PLString& dir) = 0;  // slot 42
 
   /// @}

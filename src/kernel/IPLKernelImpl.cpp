@@ -88,6 +88,7 @@ void IPLKernelImpl::InitializeKernel(int argc, const char** argv) PL_NO_THREAD_S
 void IPLKernelImpl::UninitializeKernel() PL_NO_THREAD_SAFETY_ANALYSIS {
   m_shutdownPending.store(true, std::memory_order_release);
   KernelTimerManager::s_gate.CloseAndDrain();
+  // The field is empty before the manager ends: whoever reads it has a manager that works, or none.
   KernelTimerManager* timerManager = m_pTimerManager.exchange(nullptr, std::memory_order_acq_rel);
   if (timerManager != nullptr) {
     timerManager->Uninitialize();

@@ -9,13 +9,15 @@ namespace {
 // the directory is decoded as one text, so that a name which ends in the middle of a character does not become another
 // module's.
 const char* MakeDefaultFile(IPLKernel& kernel, const char* name, PLString& file) {
-  if (!kernel.GetKernelBinDirectory(file)) {
-    return "";
-  }
   char tail[sizeof("/lib") + kMaximalModuleNameLength + sizeof(".so")];
   kernel.snprintf(tail, sizeof(tail), "/lib%s.so", name);
+  const unsigned long tailLength = kernel.strlen(tail);
+  file.AppendUTF8(tail, tailLength);
+  if (!kernel.GetKernelBinDirectory(file)) {
+    return file.GetLength() != 0 ? "" : nullptr;  // the text is left alone unless there was no memory for another
+  }
   const unsigned long directoryLength = file.GetLength();
-  file.AppendUTF8(tail, kernel.strlen(tail));
+  file.AppendUTF8(tail, tailLength);
   const char* text = file.GetUTF8();
   return file.GetLength() != directoryLength && text[0] != '\0' ? text : nullptr;
 }

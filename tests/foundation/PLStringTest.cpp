@@ -118,6 +118,18 @@ TEST_F(PLStringTest, CopiesAreIndependent) {
   EXPECT_EQ(TextOf(source) + TextOf(copy) + TextOf(small) + TextOf(large), u"source!sourcesourcesource");
 }
 
+TEST_F(PLStringTest, LeavesNothingButItsPointersInItsStorage) {
+  alignas(PLString) unsigned char storage[sizeof(PLString)];
+  PLString* string = new (storage) PLString(MakeText("abc"));
+  const AllocControl memory(kernel);
+  EXPECT_STREQ(string->GetUTF8(), "abc");
+  string->~PLString();
+  Fields left;
+  memcpy(&left, storage, sizeof(left));
+  EXPECT_EQ(left.length + left.capacity, 0U);
+  EXPECT_EQ(memory.Frees(), 2);
+}
+
 TEST_F(PLStringTest, WithoutMemoryTheTextStays) {
   AllocControl memory(kernel);
   PLString string = MakeText("abc");

@@ -69,6 +69,19 @@ TEST_F(LoaderStressTest, EachAllocationMayFail) {
   EXPECT_EQ(loaded, 0);
 }
 
+TEST_F(LoaderStressTest, WithoutMemoryForItsFileNothingElseIsOpened) {
+  AllocControl memory(kernel);
+  testing::internal::CaptureStderr();
+  for (long successes = 0; memory.Failures() == successes; ++successes) {
+    memory.FailAfter(successes, 1);
+    IPLModule* module = kernel->AcquireModule("Alpha");
+    EXPECT_EQ(IsOpen("Alpha"), module != nullptr) << successes;
+    kernel->ReleaseModule(module);
+  }
+  EXPECT_GT(memory.Failures(), 4);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST_F(LoaderStressTest, ThreadsThatAcquireAndReleaseDoNotDisturbEachOther) {
   const char* const names[] = {"Alpha", "Beta"};
   std::atomic<int> holders[2] = {};
