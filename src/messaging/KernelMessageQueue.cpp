@@ -2,6 +2,7 @@
 #include "messaging/KernelMessageQueue.h"
 
 #include "foundation/ContractLayout.h"
+#include "threads/KernelEvent.h"
 #include "threads/KernelLockGuard.h"
 #include "threads/YieldPoint.h"
 
@@ -38,7 +39,7 @@ void* KernelMessage::GetData() { return m_pData; }
 KernelMessageQueue::KernelMessageQueue() : m_pMutex(nullptr), m_pEvent(nullptr) {
   IPLKernel* kernel = s_pKernel.load(std::memory_order_acquire);
   m_pMutex = kernel->CreateMutex();
-  m_pEvent = MakeTracked<KernelEvent>(true).release();
+  m_pEvent = kernel->CreateEvent(true);
 }
 
 KernelMessageQueue::~KernelMessageQueue() {
@@ -101,8 +102,13 @@ bool KernelMessageQueue::Enqueue(Place place, KernelMessage* message) {
     if (m_messages.GetSize() == oldLength) {
       return false;  // no memory for a longer list
     }
-    if (oldLength == 0 && m_pEvent->BeginSet()) {
-      toWake = m_pEvent;
+    if (oldLength == 0) {
+      KernelEvent* event = KernelEvent::From(m_pEvent);
+      if (event == nullptr) {
+        m_pEvent->Set();
+      } else if (event->BeginSet()) {
+        toWake = event;
+      }
     }
   }
   // Here the message's receiver may have destroyed the queue, but not its event.

@@ -8,7 +8,6 @@
 #include <ipl/PLArray.h>
 
 #include "foundation/TrackedMemory.h"
-#include "threads/KernelEvent.h"
 
 /// A list of messages with a lock and an event that is set exactly while the list is not empty.
 class KernelMessageQueue final : public IPLKernel::MessageQueue, public TrackedObject {
@@ -79,7 +78,7 @@ class KernelMessageQueue final : public IPLKernel::MessageQueue, public TrackedO
   static std::atomic<IPLKernel*> s_pKernel;
 
   IPLKernel::Mutex* m_pMutex;  // owned
-  KernelEvent* m_pEvent;       // owned; manual reset
+  IPLKernel::Event* m_pEvent;  // owned; manual reset
   PLArray<KernelMessage*> m_messages PL_GUARDED_BY(m_pMutex);
 };
 

@@ -6,6 +6,7 @@
 #include <time.h>
 
 #include "foundation/ContractLayout.h"
+#include "foundation/ObjectTable.h"
 #include "threads/WaitDeadline.h"
 #include "threads/YieldPoint.h"
 
@@ -34,12 +35,16 @@ class Waiter {
 
 }  // namespace
 
-// Construction has no result. Where the system refuses a recursive mutex an ordinary one remains, which serves: no
-// operation takes it twice.
+std::atomic<const void*> KernelEvent::s_pTable{nullptr};
+
+// Construction has no result. Where the system refuses a recursive mutex an ordinary one remains, and a condition of
+// zeros, which serve: no operation takes the mutex twice.
 KernelEvent::KernelEvent(bool manualReset)
     : m_cond(), m_signaled(false), m_manualReset(manualReset), m_waiters(0), m_waking(0) {
-  static_cast<void>(m_mutex.InitialiseRecursive());
-  ::pthread_cond_init(&m_cond, nullptr);
+  s_pTable.store(TableOf(this), std::memory_order_relaxed);
+  if (m_mutex.InitialiseRecursive() && ::pthread_cond_init(&m_cond, nullptr) != 0) {
+    m_mutex.Destroy();
+  }
 }
 
 KernelEvent::~KernelEvent() {
@@ -61,6 +66,10 @@ void KernelEvent::WaitForWakers() {
       ::sched_yield();
     }
   }
+}
+
+KernelEvent* KernelEvent::From(IPLKernel::Event* event) {
+  return TableOf(event) == s_pTable.load(std::memory_order_relaxed) ? static_cast<KernelEvent*>(event) : nullptr;
 }
 
 void KernelEvent::Set() {

@@ -34,12 +34,17 @@ class KernelEvent final : public IPLKernel::Event, public TrackedObject {
   bool BeginSet();
   void FinishSet();
 
+  /// Returns event if it has these two steps; null if it is of another class, or if somebody stands in front of it.
+  static KernelEvent* From(IPLKernel::Event* event);
+
  private:
   template <typename>
   friend struct PLContractLayout;
 
   void WaitForWakers();
   bool WaitUntil(WaitDeadline& deadline) PL_REQUIRES(m_mutex);
+
+  static IPL_HIDDEN std::atomic<const void*> s_pTable;  // of all objects of this class
 
   PosixMutex m_mutex;
   pthread_cond_t m_cond;  // on the real-time clock; used with m_mutex

@@ -113,7 +113,7 @@ int KernelThread::PriorityToPThreadPriority(unsigned char priority) {
   const float share = 1.0F - static_cast<float>(priority) / 255.0F;
   const int offset = static_cast<int>(static_cast<float>(highest - lowest) * share);
   const int mapped = static_cast<unsigned char>(lowest + offset);
-  return std::max(lowest, std::min(mapped, highest));
+  return std::min(std::max(mapped, lowest), highest);
 }
 
 KernelThread::KernelThread()

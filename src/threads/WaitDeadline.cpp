@@ -14,7 +14,9 @@ constexpr uint64_t kLatestSecond = static_cast<uint64_t>(std::numeric_limits<tim
 
 WaitDeadline WaitDeadline::After(IPLKernel::Time timeout) {
   timeval now = {};
-  ::gettimeofday(&now, nullptr);
+  if (timeout != IPLKernel::Time(0) && timeout != IPLKernel::Time::Forever()) {
+    ::gettimeofday(&now, nullptr);
+  }
   return After(timeout, now);
 }
 

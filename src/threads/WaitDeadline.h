@@ -10,7 +10,7 @@
 /// The end of a wait, as an absolute instant of the real-time clock. All arithmetic on time-outs is here.
 class WaitDeadline {
  public:
-  /// The end of a wait of timeout that begins now, by gettimeofday.
+  /// The end of a wait of timeout that begins now, by gettimeofday, which is read if the end depends on it.
   static WaitDeadline After(IPLKernel::Time timeout);
   /// The same for a wait that begins at now.
   ///

@@ -25,7 +25,7 @@ class MessageQueueTest : public ThreadFixture {
     return ids;
   }
 
-  Queue* const queue = kernel->CreateMessageQueue();
+  Queue* queue = kernel->CreateMessageQueue();
 };
 
 TEST_F(MessageQueueTest, KeepsTheOrderAndSendersWaitForTheRelease) {
@@ -108,6 +108,32 @@ TEST_F(MessageQueueTest, RemovedMessagesBelongToTheirRemover) {
   queue->ReleaseMessage(messages[0]);
   queue->ReleaseMessage(messages[1]);
   EXPECT_EQ(memory.Held(), 0);
+}
+
+static IPLKernel::Event* s_event = nullptr;
+static IPLKernel::Event* CreateEvent(IPLKernel*, bool) { return s_event; }
+static std::string s_calls;
+
+TEST_F(MessageQueueTest, WhoeverStandsInFrontOfItsEventSeesEachCall) {
+  s_event = kernel->CreateEvent(true);
+  KernelTable table(kernel);
+  table.Replace(13, &CreateEvent);
+  kernel->DestroyMessageQueue(queue);
+  queue = kernel->CreateMessageQueue();
+  {
+    static ObjectTable<IPLKernel::Event, 6>* event = nullptr;
+    ObjectTable<IPLKernel::Event, 6> watched(s_event);
+    event = &watched;
+    typedef void Operation(IPLKernel::Event*);
+    watched.Replace(
+        0, +[](IPLKernel::Event* self) { s_calls += 's', event->Original<Operation>(0)(self); });
+    watched.Replace(
+        2, +[](IPLKernel::Event* self) { s_calls += 'c', event->Original<Operation>(2)(self); });
+    Post("ab");
+    EXPECT_EQ(Drain() + s_calls, "absc");
+  }
+  s_event = nullptr;
+  EXPECT_EQ(kernel->CreateMessageQueue(), nullptr);
 }
 
 TEST_F(MessageQueueTest, MemoryExhausted) {
