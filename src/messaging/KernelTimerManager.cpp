@@ -16,6 +16,7 @@ struct PLContractLayout<TimerRecord> {
   IPL_ASSERT_OFFSET(TimerRecord, queue, 16);
   IPL_ASSERT_OFFSET(TimerRecord, timerID, 20);
   IPL_ASSERT_OFFSET(TimerRecord, periodic, 24);
+  IPL_ASSERT_SIZE(TimerRecord, 32);
 };
 
 template <>

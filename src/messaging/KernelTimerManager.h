@@ -90,7 +90,7 @@ class KernelTimerManager {
             IPLKernel::Time gmtNow);
   bool PostTimerMessage(const TimerRecord& record, IPLKernel::Time kernelNow, IPLKernel::Time gmtNow);
   bool ScheduleTimer(TimerRecord* record, PLArray<TimerRecord*>& list);
-  bool ScheduleTimerGMT(TimerRecord* record, const IPLKernel::Time& kernelNow, const IPLKernel::Time& gmtNow);
+  void ScheduleTimerGMT(TimerRecord* record, const IPLKernel::Time& kernelNow, const IPLKernel::Time& gmtNow);
   void ClearTimerRecord(TimerClearRecord* clear);
   TimerMessage* CreateTimerMessage(const IPLKernel::Time& kernelTime, const IPLKernel::Time& gmtTime,
                                    unsigned long timerID);

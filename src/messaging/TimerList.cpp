@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "messaging/TimerList.h"
 
-#include <algorithm>
-
 namespace TimerList {
 
 namespace {
-
-bool FiresBefore(const TimerRecord* left, const TimerRecord* right) { return left->fireTime < right->fireTime; }
 
 // Returns where the records that are due end; those from low on are in order.
 unsigned long CountDueFrom(const PLArray<TimerRecord*>& list, unsigned long low, IPLKernel::Time now) {
@@ -23,16 +19,37 @@ unsigned long CountDueFrom(const PLArray<TimerRecord*>& list, unsigned long low,
   return low;
 }
 
-// Removes count entries from first on and closes the gap once.
-void RemoveRange(PLArray<TimerRecord*>& list, unsigned long first, unsigned long count) {
-  if (count == 0) {
-    return;
+void Move(PLArray<TimerRecord*>& list, unsigned long to, unsigned long from, unsigned long count) {
+  if (count != 0) {
+    IPLKernel::GetKernel()->memmove(&list[to], &list[from], count * sizeof(TimerRecord*));
   }
-  IPLKernel* kernel = IPLKernel::GetKernel();
-  const unsigned long newSize = list.GetSize() - count;
-  kernel->memmove(&list[first], &list[first] + count, (newSize - first) * sizeof(TimerRecord*));
-  kernel->memset(&list[first] + (newSize - first), 0, count * sizeof(TimerRecord*));
-  list.SetSize(newSize);
+}
+
+// Of two ordered chains makes one; what is in the first goes before what is in the second with the same fire time.
+TimerRecord* Merge(TimerRecord* first, TimerRecord* second) {
+  TimerRecord* merged = nullptr;
+  TimerRecord** link = &merged;
+  while (first != nullptr && second != nullptr) {
+    TimerRecord*& earlier = second->fireTime < first->fireTime ? second : first;
+    *link = earlier;
+    link = &earlier->next;
+    earlier = earlier->next;
+  }
+  *link = first != nullptr ? first : second;
+  return merged;
+}
+
+// Takes count records, at least one, off the front of a chain and returns them in order. A merge sort, which goes
+// log2(count) calls deep.
+TimerRecord* TakeInOrder(TimerRecord*& chain, unsigned long count) {
+  if (count == 1) {
+    TimerRecord* record = chain;
+    chain = record->next;
+    record->next = nullptr;
+    return record;
+  }
+  TimerRecord* first = TakeInOrder(chain, count / 2);
+  return Merge(first, TakeInOrder(chain, count - count / 2));
 }
 
 }  // namespace
@@ -43,25 +60,34 @@ bool Insert(PLArray<TimerRecord*>& list, TimerRecord* record) {
   return list.GetSize() != oldSize;
 }
 
-void RemoveFront(PLArray<TimerRecord*>& list, unsigned long count) { RemoveRange(list, 0, count); }
+void RemoveFront(PLArray<TimerRecord*>& list, unsigned long count) { Rearm(list, count, nullptr, 0); }
 
 void RearmFirst(PLArray<TimerRecord*>& list) {
   TimerRecord* record = list[0];
   const unsigned long end = CountDueFrom(list, 1, record->fireTime);
-  IPLKernel::GetKernel()->memmove(&list[0], &list[0] + 1, (end - 1) * sizeof(TimerRecord*));
+  Move(list, 0, 1, end - 1);
   list[end - 1] = record;
 }
 
 unsigned long CountDue(const PLArray<TimerRecord*>& list, IPLKernel::Time now) { return CountDueFrom(list, 0, now); }
 
-void Rearm(PLArray<TimerRecord*>& list, unsigned long removed, unsigned long kept) {
-  RemoveRange(list, kept, removed - kept);
-  TimerRecord** begin = &list[0];
-  TimerRecord** end = begin + list.GetSize();
-  std::stable_sort(begin, begin + kept, FiresBefore);
-  // What was pending goes before what is inserted with the same fire time.
-  TimerRecord** inserted = std::rotate(begin, begin + kept, end);
-  std::inplace_merge(begin, inserted, end, FiresBefore);
+// Each record of the chain takes a place that was freed; what is pending before it moves to the front for that.
+void Rearm(PLArray<TimerRecord*>& list, unsigned long removed, TimerRecord* chain, unsigned long count) {
+  unsigned long to = 0;
+  unsigned long from = removed;
+  TimerRecord* record = count != 0 ? TakeInOrder(chain, count) : nullptr;
+  for (; record != nullptr; record = record->next) {
+    const unsigned long end = CountDueFrom(list, from, record->fireTime);
+    Move(list, to, from, end - from);
+    to += end - from;
+    from = end;
+    list[to++] = record;
+  }
+  const unsigned long rest = list.GetSize() - from;
+  Move(list, to, from, rest);
+  to += rest;
+  IPLKernel::GetKernel()->memset(&list[0] + to, 0, (list.GetSize() - to) * sizeof(TimerRecord*));
+  list.SetSize(to);
 }
 
 // From both ends: the next to fire and the last are found at once.

@@ -16,6 +16,8 @@ struct TimerRecord {
   IPLKernel::MessageQueue* queue;  // not owned
   uint32_t timerID;
   bool periodic;  // re-armed after it fired
+  // Behind the fields of the contract:
+  TimerRecord* next = nullptr;  // of a chain of records that are to be re-armed
 };
 
 /// Operations on a list of timers, ascending by fire time; equal fire times keep the order of insertion. A list does
@@ -34,9 +36,9 @@ void RearmFirst(PLArray<TimerRecord*>& list);
 /// Removes the first count records.
 void RemoveFront(PLArray<TimerRecord*>& list, unsigned long count);
 
-/// Removes the first removed records and inserts those of the first kept slots again, in their order, each as Insert
-/// does. kept is not more than removed. Needs no memory of the kernel.
-void Rearm(PLArray<TimerRecord*>& list, unsigned long removed, unsigned long kept);
+/// Removes the first removed records and inserts those of a chain, in its order, each as Insert does. The chain has
+/// count records, not more than removed. Needs no memory.
+void Rearm(PLArray<TimerRecord*>& list, unsigned long removed, TimerRecord* chain, unsigned long count);
 
 /// Returns the index of the record with this identifier, which only one has, or GetSize() if there is none.
 unsigned long Find(const PLArray<TimerRecord*>& list, uint32_t timerID);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What runs on the timer thread.
+#include "foundation/ObjectTable.h"
 #include "messaging/KernelTimerManager.h"
 #include "messaging/TimeArithmetic.h"
 
@@ -83,17 +84,12 @@ void KernelTimerManager::TimerThreadProc() {
 
 void KernelTimerManager::HandleCommand(IPLKernel::Message* message) {
   switch (message->GetID()) {
-    case TimerCommand_Schedule: {
-      if (ScheduleTimer(static_cast<TimerRecord*>(message->GetData()), m_kernelTimers)) {
-        m_requests.SetMet(message->GetData());
-      }
+    case TimerCommand_Schedule:
+      ScheduleTimer(static_cast<TimerRecord*>(message->GetData()), m_kernelTimers);
       break;
-    }
     case TimerCommand_ScheduleGMT: {
       const IPLKernel::Time kernelNow = m_pKernel->GetKernelTime();
-      if (ScheduleTimerGMT(static_cast<TimerRecord*>(message->GetData()), kernelNow, m_pKernel->GetTimeGMT())) {
-        m_requests.SetMet(message->GetData());  // the record itself may be gone
-      }
+      ScheduleTimerGMT(static_cast<TimerRecord*>(message->GetData()), kernelNow, m_pKernel->GetTimeGMT());
       break;
     }
     case TimerCommand_Clear:
@@ -108,37 +104,41 @@ void KernelTimerManager::HandleCommand(IPLKernel::Message* message) {
   }
 }
 
-// Returns false, and leaves the record to its sender, if memory is exhausted.
+// A record is its sender's until its request is met: for want of memory, that is not done. Returns whether it was.
 bool KernelTimerManager::ScheduleTimer(TimerRecord* record, PLArray<TimerRecord*>& list) {
-  return TimerList::Insert(list, record);
+  const bool scheduled = TimerList::Insert(list, record);
+  if (scheduled) {
+    m_requests.SetMet(record);
+  }
+  return scheduled;
 }
 
-bool KernelTimerManager::ScheduleTimerGMT(TimerRecord* record, const IPLKernel::Time& kernelNow,
+void KernelTimerManager::ScheduleTimerGMT(TimerRecord* record, const IPLKernel::Time& kernelNow,
                                           const IPLKernel::Time& gmtNow) {
   if (gmtNow < record->fireTime) {
-    return ScheduleTimer(record, m_gmtTimers);
+    ScheduleTimer(record, m_gmtTimers);
+    return;
   }
   const int64_t seconds = record->fireTime.GetNanoseconds() / kNanosecondsPerSecond;
   if (seconds / kSecondsPerHour <= kLastHourOfDay) {
     record->fireTime = NextTimeOfDay(seconds, gmtNow);
-    return ScheduleTimer(record, m_gmtTimers);
+    ScheduleTimer(record, m_gmtTimers);
+    return;
   }
   // A date that has passed fires now, and from now on in its period.
   if (record->periodic) {
     record->fireTime = SaturatingAdd(record->interval, gmtNow);
-    if (!ScheduleTimer(record, m_gmtTimers)) {
-      return false;
+    if (ScheduleTimer(record, m_gmtTimers)) {
+      const QueueLock lock(record->queue);
+      PostTimerMessage(*record, kernelNow, gmtNow);
     }
-    const QueueLock lock(record->queue);
-    PostTimerMessage(*record, kernelNow, gmtNow);
-    return true;
+    return;
   }
   const QueueLock lock(record->queue);
-  if (!PostTimerMessage(*record, kernelNow, gmtNow)) {
-    return false;
+  if (PostTimerMessage(*record, kernelNow, gmtNow)) {
+    m_requests.SetMet(record);  // while its address cannot be another record's yet
+    PLTypes_ScalarDelete(record, nullptr, 0);
   }
-  PLTypes_ScalarDelete(record, nullptr, 0);
-  return true;
 }
 
 void KernelTimerManager::DispatchTimers(IPLKernel::Time& wait) {
@@ -182,19 +182,24 @@ void KernelTimerManager::FireDue(PLArray<TimerRecord*>& list, IPLKernel::Time no
     }
     return;
   }
-  unsigned long kept = 0;
+  TimerRecord* kept = nullptr;
+  TimerRecord** link = &kept;
+  unsigned long keptCount = 0;
   for (unsigned long i = 0; i < due; ++i) {
     TimerRecord* record = list[i];
     lock.MoveTo(record->queue);
     PostTimerMessage(*record, kernelNow, gmtNow);
     if (record->periodic) {
       record->fireTime = SaturatingAdd(record->interval, now);
-      list[kept++] = record;
+      *link = record;
+      link = &record->next;
+      ++keptCount;
     } else {
       PLTypes_ScalarDelete(record, nullptr, 0);
     }
   }
-  TimerList::Rearm(list, due, kept);
+  *link = nullptr;
+  TimerList::Rearm(list, due, kept, keptCount);
 }
 
 // Fires a record that was taken out of the list, which therefore has room for it.
@@ -210,6 +215,7 @@ void KernelTimerManager::Fire(TimerRecord* record, PLArray<TimerRecord*>& list, 
 }
 
 // With the lock of the record's queue held. Without memory this firing is lost, and nothing else. Returns false then.
+// A queue that is not of the kernel's own class is trusted: it may have passed the message on already.
 bool KernelTimerManager::PostTimerMessage(const TimerRecord& record, IPLKernel::Time kernelNow,
                                           IPLKernel::Time gmtNow) {
   TimerMessage* data = CreateTimerMessage(kernelNow, gmtNow, record.timerID);
@@ -218,7 +224,7 @@ bool KernelTimerManager::PostTimerMessage(const TimerRecord& record, IPLKernel::
   }
   const unsigned long length = record.queue->GetLength();
   record.queue->Post(m_timerMessageID, static_cast<IPLKernel::TimerMessageData*>(data));
-  const bool posted = record.queue->GetLength() != length;
+  const bool posted = record.queue->GetLength() != length || TableOf(record.queue) != TableOf(m_pQueue);
   if (!posted) {
     data->ReleaseTimerData();
   }

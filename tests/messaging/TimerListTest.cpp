@@ -20,13 +20,18 @@ TEST_F(TimerListTest, KeepsTheOrderOfInsertionAmongEqualTimes) {
     }
     std::stable_sort(model.begin(), model.end(), before);
     ASSERT_TRUE(std::equal(model.begin(), model.end(), &list[0], &list[0] + list.GetSize()));
+    TimerRecord* chain = nullptr;
+    TimerRecord** link = &chain;
     for (int i = 0; i < kept; ++i) {
-      list[static_cast<unsigned long>(i)]->fireTime = 3 + (i * 5) % 9;
-      model.push_back(list[static_cast<unsigned long>(i)]);
+      TimerRecord* record = list[static_cast<unsigned long>(i)];
+      record->fireTime = 3 + (i * 5) % 9;
+      model.push_back(record);
+      *link = record;
+      link = &record->next;
     }
     model.erase(model.begin(), model.begin() + removed);
     std::stable_sort(model.begin(), model.end(), before);
-    TimerList::Rearm(list, static_cast<unsigned long>(removed), static_cast<unsigned long>(kept));
+    TimerList::Rearm(list, static_cast<unsigned long>(removed), chain, static_cast<unsigned long>(kept));
     EXPECT_TRUE(std::equal(model.begin(), model.end(), &list[0], &list[0] + list.GetSize())) << removed << ' ' << kept;
   }
 }

@@ -4,7 +4,7 @@
 #include <map>
 
 #include "support/AllocControl.h"
-#include "support/KernelFixture.h"
+#include "support/TestThread.h"
 
 using ID = unsigned long;
 using Queue = IPLKernel::MessageQueue;
@@ -148,6 +148,78 @@ TEST_F(TimerTest, ThePoolKeepsTenAndDataMayOutliveTheKernel) {
   IPLModule_IPLKernel_UnloadModule(kernel);
   data->ReleaseTimerData();
   free(reinterpret_cast<char*>(data) - 8);  // nobody else did
+}
+
+static ObjectTable<Queue, 17>* s_queueTable;
+
+// As a queue of a module's own may do that hands its messages on.
+TEST_F(TimerTest, AMessageMayBeGoneWhenPostReturns) {
+  kernel->SetTimeGMT(kMay1);
+  const long before = memory.Held();
+  ObjectTable<Queue, 17> table(queue);
+  s_queueTable = &table;
+  table.Replace(
+      5, +[](Queue* self, ID id, void* data) {
+        s_queueTable->Original<void(Queue*, ID, void*)>(5)(self, id, data);
+        IPLKernel::Message* message = self->Receive(0);
+        static_cast<IPLKernel::TimerMessageData*>(message->GetData())->ReleaseTimerData();
+        self->ReleaseMessage(message);
+      });
+  EXPECT_NE(SetGMT('p', 2 * kDay), 0U);
+  EXPECT_EQ(memory.Held(), before + 1) << "one message in the pool, once";
+  Set('a', 0);
+  EXPECT_EQ(At({0}), "|");
+  EXPECT_EQ(memory.Held(), before + 1);
+}
+
+// The block of the first record that the timer thread frees is what the next allocation gets.
+static struct {
+  std::atomic<bool> armed{false};
+  std::atomic<void*> block{nullptr};
+  std::function<void()> freed;
+  KernelTable* table;
+} s_reuse;
+
+static void Free(IPLKernel* self, void* block, const char* file, int line) {
+  if (s_reuse.armed.exchange(false)) {
+    s_reuse.block = block;
+    s_reuse.freed();
+  } else {
+    s_reuse.table->Original<decltype(Free)>(19)(self, block, file, line);
+  }
+}
+
+static void* Alloc(IPLKernel* self, unsigned long size, const char* file, int line) {
+  void* block = s_reuse.block.exchange(nullptr);
+  return block != nullptr ? block : s_reuse.table->Original<decltype(Alloc)>(17)(self, size, file, line);
+}
+
+TEST_F(TimerTest, ATimerMayTakeTheMemoryOfOneThatHasJustFired) {
+  kernel->SetTimeGMT(kMay1);
+  clock.Replace(17, &Alloc);
+  clock.Replace(19, &Free);
+  s_reuse.table = &clock;
+  ID later = 0, past = 0;
+  Semaphore freed;
+  {
+    TestThread other([&] {
+      freed.Take();
+      later = kernel->SetTimer(5, *queue, false);
+    });
+    s_reuse.freed = [&] {
+      freed.Give();
+      while (s_reuse.block != nullptr) {
+        sched_yield();
+      }
+      other.AwaitBlocked();  // it has sent its command
+    };
+    other.AwaitBlocked();
+    s_reuse.armed = true;
+    past = SetGMT('p', 2 * kDay);
+  }
+  EXPECT_TRUE(past != 0 && later != 0);
+  Named('l', later);
+  EXPECT_EQ(At({4, 5}), "p'|l|");
 }
 
 TEST_F(TimerTest, ExhaustedMemoryCostsOneOperationAndNothingElse) {
