@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 #include <execinfo.h>
+#include <inttypes.h>
 #include <stdlib.h>
 
 #include <algorithm>
@@ -25,8 +26,8 @@ constexpr unsigned long kOwnFrames = 3;
 constexpr unsigned long kFrameStringSize = 128;
 
 // The address of a function in Thumb code has its lowest bit set, which is no part of its place.
-unsigned long SymbolAddress(const void* symbol) {
-  const auto address = reinterpret_cast<unsigned long>(symbol);
+uintptr_t SymbolAddress(const void* symbol) {
+  const auto address = reinterpret_cast<uintptr_t>(symbol);
 #ifdef __arm__
   return address & ~1UL;
 #else
@@ -52,7 +53,7 @@ IPL_REAL_FRAME KernelStacktrace::KernelStacktrace(unsigned long maxDepth, unsign
   }
   m_depth = count - dropped;
   for (unsigned long i = 0; i < m_depth; ++i) {
-    m_pAddresses[i] = reinterpret_cast<unsigned long>(addresses[dropped + i]);
+    m_pAddresses[i] = reinterpret_cast<uintptr_t>(addresses[dropped + i]);
   }
 }
 
@@ -78,12 +79,12 @@ const char* KernelStacktrace::GetFrameString(unsigned long index) const {
     }
   }
   IPLKernel* kernel = IPLKernel::GetKernel();
-  const unsigned long address = m_pAddresses[index];
+  const uintptr_t address = m_pAddresses[index];
   Dl_info info;
   if (::dladdr(reinterpret_cast<void*>(address), &info) == 0) {  // NOLINT(performance-no-int-to-ptr)
-    kernel->snprintf(m_pFrameString, kFrameStringSize, "[0x%lx]", address);
+    kernel->snprintf(m_pFrameString, kFrameStringSize, "[0x%" PRIxPTR "]", address);
   } else {
-    kernel->snprintf(m_pFrameString, kFrameStringSize, "%s(%s+0x%lx) [0x%lx]", NameOr(info.dli_fname),
+    kernel->snprintf(m_pFrameString, kFrameStringSize, "%s(%s+0x%" PRIxPTR ") [0x%" PRIxPTR "]", NameOr(info.dli_fname),
                      NameOr(info.dli_sname), address - SymbolAddress(info.dli_saddr), address);
   }
   return m_pFrameString;
