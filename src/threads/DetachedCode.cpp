@@ -34,9 +34,9 @@ bool IsGone(pid_t thread) { return ::syscall(SYS_tgkill, ::getpid(), thread, 0) 
 }  // namespace
 
 PosixMutex DetachedCode::s_lock;
-DetachedCode* DetachedCode::s_pLeft = nullptr;
+DetachedCode* DetachedCode::s_pFirst = nullptr;
 
-TrackedPtr<DetachedCode> DetachedCode::Keep(const void* procedure, const void* cleanup) {
+TrackedPtr<DetachedCode> DetachedCode::Open(const void* procedure, const void* cleanup) {
   TrackedPtr<DetachedCode> code = MakeTracked<DetachedCode>();
   if (code != nullptr) {
     code->m_hProcedureLibrary = OpenLibraryOf(procedure);
@@ -53,24 +53,34 @@ DetachedCode::~DetachedCode() {
   Close(m_hCleanupLibrary);
 }
 
-void DetachedCode::Leave(TrackedPtr<DetachedCode> code) {
+void DetachedCode::Keep(TrackedPtr<DetachedCode> code, const void* owner) {
   if (code == nullptr) {
     return;
   }
-  code->m_thread = static_cast<pid_t>(::syscall(SYS_gettid));
+  code->m_pOwner = owner;
   PosixMutexGuard guard(s_lock);
-  code->m_pNext = s_pLeft;
-  s_pLeft = code.release();
+  code->m_pNext = s_pFirst;
+  s_pFirst = code.release();
+}
+
+void DetachedCode::Leave(const void* owner) {
+  PosixMutexGuard guard(s_lock);
+  for (DetachedCode* code = s_pFirst; code != nullptr; code = code->m_pNext) {
+    if (code->m_pOwner == owner && code->m_thread == 0) {
+      code->m_thread = static_cast<pid_t>(::syscall(SYS_gettid));
+      return;
+    }
+  }
 }
 
 void DetachedCode::CloseLeft() {
   DetachedCode* gone = nullptr;
   {
     PosixMutexGuard guard(s_lock);
-    DetachedCode** link = &s_pLeft;
+    DetachedCode** link = &s_pFirst;
     while (*link != nullptr) {
       DetachedCode* code = *link;
-      if (IsGone(code->m_thread)) {
+      if (code->m_thread != 0 && IsGone(code->m_thread)) {
         *link = code->m_pNext;
         code->m_pNext = gone;
         gone = code;

@@ -16,13 +16,15 @@ class DetachedCode {
  public:
   /// Opens the libraries of two addresses, either of which may be null. Null if there is nothing to keep: the addresses
   /// lie in the program itself, or memory is exhausted. Takes the dynamic loader's lock.
-  static TrackedPtr<DetachedCode> Keep(const void* procedure, const void* cleanup);
+  static TrackedPtr<DetachedCode> Open(const void* procedure, const void* cleanup);
   ~DetachedCode();
   DetachedCode(const DetachedCode&) = delete;
   DetachedCode& operator=(const DetachedCode&) = delete;
 
-  /// Called by the thread as the last thing that it does with the kernel. Accepts null.
-  static void Leave(TrackedPtr<DetachedCode> code);
+  /// Keeps them until the thread has left them behind. owner: what the thread calls Leave with. Accepts no code.
+  static void Keep(TrackedPtr<DetachedCode> code, const void* owner);
+  /// Called by the thread itself when it ends, while owner is no other one's yet. Does nothing if nothing was kept.
+  static void Leave(const void* owner);
   /// Closes what threads that are gone have left. Takes the dynamic loader's lock: call it where a library may be
   /// closed.
   static void CloseLeft();
@@ -33,11 +35,12 @@ class DetachedCode {
   DetachedCode() = default;
 
   static PosixMutex s_lock;
-  static DetachedCode* s_pLeft PL_GUARDED_BY(s_lock);  // owned; a list
+  static DetachedCode* s_pFirst PL_GUARDED_BY(s_lock);  // owned; a list
 
   void* m_hProcedureLibrary = nullptr;
   void* m_hCleanupLibrary = nullptr;
-  pid_t m_thread = 0;
+  const void* m_pOwner = nullptr;  // not owned, never used
+  pid_t m_thread = 0;              // once it is left behind
   DetachedCode* m_pNext = nullptr;
 };
 

@@ -10,6 +10,7 @@
 #include <iterator>
 
 #include "foundation/ContractLayout.h"
+#include "threads/DetachedCode.h"
 #include "threads/KernelLockGuard.h"
 #include "threads/ThreadAttributes.h"
 
@@ -25,7 +26,7 @@ struct PLContractLayout<KernelThread> {
   IPL_ASSERT_OFFSET(KernelThread, m_pFinishedEvent, 68);
   IPL_ASSERT_OFFSET(KernelThread, m_name, 72);
   IPL_ASSERT_OFFSET(KernelThread, m_priority, 96);
-  IPL_ASSERT_OFFSET(KernelThread, m_pDetachedCode, 100);
+  IPL_ASSERT_SIZE(KernelThread, 100);
 };
 
 namespace {
@@ -225,14 +226,12 @@ void KernelThread::FinishRun(void* userData) {
     }
   }
   cleanup(this, userData);
-  TrackedPtr<DetachedCode> code;
   {
     KernelLockGuard guard(s_pThreadLock);
     EndRun();
-    code = std::move(m_pDetachedCode);
   }
+  DetachedCode::Leave(this);
   IPLKernel::GetKernel()->DestroyThread(this);
-  DetachedCode::Leave(std::move(code));
 }
 
 void KernelThread::EndRun() {
@@ -258,7 +257,7 @@ bool KernelThread::Detach(ThreadProc cleanup) {
     const ThreadProc procedure = GetProcedure();
     TrackedPtr<DetachedCode> code;
     if (procedure != nullptr) {
-      code = DetachedCode::Keep(reinterpret_cast<const void*>(procedure), reinterpret_cast<const void*>(cleanup));
+      code = DetachedCode::Open(reinterpret_cast<const void*>(procedure), reinterpret_cast<const void*>(cleanup));
     }
     KernelLockGuard guard(s_pThreadLock);
     if (m_pfnDetachCleanup != nullptr) {
@@ -269,7 +268,7 @@ bool KernelThread::Detach(ThreadProc cleanup) {
     }
     m_pfnDetachCleanup = wanted;
     if (m_thread != 0) {
-      m_pDetachedCode = std::move(code);
+      DetachedCode::Keep(std::move(code), this);
       return true;  // the running thread does the rest
     }
     userData = m_pUserData;

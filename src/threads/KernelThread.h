@@ -9,7 +9,6 @@
 #include <ipl/IPLKernel.h>
 
 #include "foundation/TrackedMemory.h"
-#include "threads/DetachedCode.h"
 #include "threads/ShutdownGate.h"
 
 /// A thread over POSIX threads, which are created detached: nobody joins them, the finished event tells their end.
@@ -19,8 +18,7 @@
 ///   the object after it gave the lock up. WaitUntilFinished takes the lock once after its wait, and DestroyThread
 ///   takes it to see whether a run goes on, so both return from it after the ending thread has left the object.
 /// - The thread itself, when the object is detached. Detach and the end of a run look at m_pfnDetachCleanup and
-/// m_thread
-///   under the lock, so exactly one of them destroys the object.
+///   m_thread under the lock, so exactly one of them destroys the object.
 /// Shut-down is kept apart from threads that begin or end by s_gate.
 class KernelThread : public IPLKernel::Thread, public TrackedObject {
  public:
@@ -87,8 +85,6 @@ class KernelThread : public IPLKernel::Thread, public TrackedObject {
   IPLKernel::Event* m_pFinishedEvent PL_GUARDED_BY(s_pThreadLock);  // owned; the pointer never changes once it is set
   char m_name[24] PL_GUARDED_BY(s_pThreadLock);
   unsigned char m_priority PL_GUARDED_BY(s_pThreadLock);
-  // Behind the fields of the contract: what a detached thread still runs stays loaded.
-  TrackedPtr<DetachedCode> m_pDetachedCode PL_GUARDED_BY(s_pThreadLock);
 };
 
 #endif  // IPL_THREADS_KERNELTHREAD_H
