@@ -132,6 +132,7 @@ class IPLKernelImpl : public IPLKernel {
 
   // The module loader (IPLKernelImplModules.cpp).
   IPLModule* LoadModule(const char* name, const char* path) PL_REQUIRES(m_pModuleMutex);
+  class KeyGuard;
   IPLModule* StartModule(const ModuleEntries& entries, TrackedPtr<ModuleRecord> record) PL_REQUIRES(m_pModuleMutex);
   ModuleRecord* FindByKey(const IPLKernelModuleKey& key) PL_REQUIRES(m_pModuleMutex);
   ModuleRecord* FindByObject(IPLModule* module) PL_REQUIRES(m_pModuleMutex);

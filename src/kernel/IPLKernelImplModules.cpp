@@ -79,23 +79,42 @@ IPLModule* IPLKernelImpl::LoadModule(const char* name, const char* path) {
   return module;
 }
 
+// Takes a record's key out of its table again unless the module has come up; its load entry may also throw.
+class IPLKernelImpl::KeyGuard {
+ public:
+  KeyGuard(IPLKernelImpl& kernel, ModuleRecord* record) : m_kernel(kernel), m_pRecord(record) {}
+  ~KeyGuard() PL_NO_THREAD_SAFETY_ANALYSIS {  // within StartModule, which has the lock
+    if (m_pRecord != nullptr) {
+      m_kernel.RemoveKey(m_pRecord);
+    }
+  }
+  KeyGuard(const KeyGuard&) = delete;
+  KeyGuard& operator=(const KeyGuard&) = delete;
+
+  void Dismiss() { m_pRecord = nullptr; }
+
+ private:
+  IPLKernelImpl& m_kernel;
+  ModuleRecord* m_pRecord;
+};
+
 // Any entry may acquire and release modules, and so change both tables.
 IPLModule* IPLKernelImpl::StartModule(const ModuleEntries& entries, TrackedPtr<ModuleRecord> record) {
   entries.putKernel(this);
   if (!AddKey(record.get())) {
     return nullptr;
   }
+  KeyGuard key(*this, record.get());
   IPLModule* module = entries.load();
   if (module == nullptr) {
-    RemoveKey(record.get());
     return nullptr;
   }
   record->m_pModule = module;
   if (!AddObject(record.get())) {
     entries.unload(module);
-    RemoveKey(record.get());
     return nullptr;
   }
+  key.Dismiss();
   record->m_refCount = 1;
   static_cast<void>(record.release());  // reached through the tables; ReleaseModule frees it
   return module;

@@ -121,6 +121,15 @@ TEST_F(LoaderTest, EachFailureIsReportedOnce) {
   EXPECT_EQ(Cycle("Alpha"), "Ap Al Au ");
 }
 
+TEST_F(LoaderTest, ALoadEntryThatThrowsLeavesNothingBehind) {
+  m_actions["Al"] = [](IPLModule*&) { throw 42; };
+  EXPECT_THROW(kernel->AcquireModule("Alpha"), int);
+  EXPECT_FALSE(IsOpen("Alpha"));
+  m_actions.clear();
+  m_log.clear();
+  EXPECT_EQ(Cycle("Alpha"), "Ap Al Au ");
+}
+
 TEST_F(LoaderTest, EntriesMayUseTheLoader) {
   IPLModule* other = nullptr;
   m_actions["Al"] = [&](IPLModule*& object) {
