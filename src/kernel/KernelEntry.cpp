@@ -4,6 +4,7 @@
 #include <new>
 
 #include "kernel/IPLKernelImpl.h"
+#include "messaging/KernelTimerManager.h"
 
 std::atomic<IPLKernelImpl*> IPLKernelImpl::s_pKernelImpl{nullptr};
 
@@ -35,6 +36,9 @@ void IPLModule_IPLKernel_UnloadModule(IPLModule* module) {
     return;
   }
   kernel->UninitializeKernel();
-  kernel->~IPLKernelImpl();
+  // The destructor puts a table without operations in place. By then nobody finds the object any more, and whoever was
+  // just giving a timer message back is done with it.
   IPLKernelImpl::s_pKernelImpl.store(nullptr, std::memory_order_release);
+  KernelTimerManager::AwaitReleases();
+  kernel->~IPLKernelImpl();
 }

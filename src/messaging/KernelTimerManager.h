@@ -75,6 +75,8 @@ class KernelTimerManager {
   /// Every timer operation passes this gate, and shut-down closes it before it ends the manager: nobody waits for the
   /// timer thread once it was told to quit.
   static IPL_HIDDEN ShutdownGate s_gate;
+  /// Returns when each release of a timer message that has begun is over. Takes the lock of the pool.
+  static void AwaitReleases();
 
  private:
   template <typename>

@@ -26,6 +26,8 @@ void KernelTimerManager::TimerMessage::ReleaseTimerData() {
   }
 }
 
+void KernelTimerManager::AwaitReleases() { const PosixMutexGuard guard(s_poolLock); }
+
 KernelTimerManager::TimerMessage* KernelTimerManager::CreateTimerMessage(const IPLKernel::Time& kernelTime,
                                                                          const IPLKernel::Time& gmtTime,
                                                                          unsigned long timerID) {

@@ -63,6 +63,16 @@ TEST_F(KernelLifeTest, EachLifeBeginsAnewWhateverItsStorageHolds) {
   KernelTable(object).Original<void(IPLKernel*)>(1)(object);  // deletes: an allocator that gets this ends the program
 }
 
+TEST_F(KernelLifeTest, NobodyFindsAnObjectThatIsBeingDestroyed) {
+  KernelTable table(kernel);
+  static IPLKernel* found;
+  found = kernel;
+  table.Replace(
+      0, +[](IPLKernel*) { found = IPLKernel::GetKernel(); });
+  IPLModule_IPLKernel_UnloadModule(kernel);
+  EXPECT_EQ(found, nullptr);
+}
+
 TEST_F(KernelLifeTest, BeforeItsStart) {
   EXPECT_TRUE(kernel->AcquireModule("Alpha") == nullptr && kernel->AcquireModule("Alpha", "/nowhere") == nullptr);
   EXPECT_EQ(kernel->AcquireModule("IPLKernel"), kernel);
