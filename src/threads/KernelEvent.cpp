@@ -7,6 +7,7 @@
 
 #include "foundation/ContractLayout.h"
 #include "foundation/ObjectTable.h"
+#include "threads/CancelGuard.h"
 #include "threads/WaitDeadline.h"
 #include "threads/YieldPoint.h"
 
@@ -48,19 +49,25 @@ KernelEvent::KernelEvent(bool manualReset)
 }
 
 KernelEvent::~KernelEvent() {
-  WaitForWakers();
+  AwaitOthers();
   ::pthread_cond_destroy(&m_cond);
   m_mutex.Destroy();
 }
 
-// Usually nobody is there. A waker is just about to leave; but it may have a lower priority than this thread, which
-// then has to sleep to let it run.
-void KernelEvent::WaitForWakers() {
+bool KernelEvent::IsInUse() {
+  PosixMutexGuard guard(m_mutex);
+  return (m_signaled && m_waiters != 0) || m_waking.load(std::memory_order_acquire) != 0;
+}
+
+// Usually nobody is there. The others are just about to leave; but they may have a lower priority than this thread,
+// which then has to sleep to let them run. A destructor is no place to be cancelled in.
+void KernelEvent::AwaitOthers() {
   constexpr int kSpins = 200;
   constexpr int kYields = 20;
   constexpr timespec kPause = {0, 50000};
-  for (int i = 0; m_waking.load(std::memory_order_acquire) != 0; ++i) {
+  for (int i = 0; IsInUse(); ++i) {
     if (i >= kSpins + kYields) {
+      const CancelGuard guard;
       ::nanosleep(&kPause, nullptr);
     } else if (i >= kSpins) {
       ::sched_yield();
@@ -126,6 +133,7 @@ bool KernelEvent::WaitUntil(WaitDeadline& deadline) {
   while (!m_signaled) {
     if (deadline.IsForever()) {
       ::pthread_cond_wait(&m_cond, m_mutex.GetNative());
+      YieldPoint();
       continue;
     }
     const int result = ::pthread_cond_timedwait(&m_cond, m_mutex.GetNative(), &deadline.GetInstant());

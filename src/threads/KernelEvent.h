@@ -19,7 +19,8 @@ class WaitDeadline;
 class KernelEvent final : public IPLKernel::Event, public TrackedObject {
  public:
   explicit KernelEvent(bool manualReset);
-  /// Waits for those that are still inside FinishSet: a thread may destroy an event as soon as its Wait returns.
+  /// Waits for those that are still inside FinishSet, as a thread may destroy an event as soon as its Wait returns; and
+  /// for those whose Wait is about to return, since the event is set.
   ~KernelEvent() override;
   KernelEvent(const KernelEvent&) = delete;
   KernelEvent& operator=(const KernelEvent&) = delete;
@@ -41,7 +42,8 @@ class KernelEvent final : public IPLKernel::Event, public TrackedObject {
   template <typename>
   friend struct PLContractLayout;
 
-  void WaitForWakers();
+  bool IsInUse();
+  void AwaitOthers();
   bool WaitUntil(WaitDeadline& deadline) PL_REQUIRES(m_mutex);
 
   static IPL_HIDDEN std::atomic<const void*> s_pTable;  // of all objects of this class

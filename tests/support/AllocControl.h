@@ -3,6 +3,8 @@
 #define IPL_TESTS_SUPPORT_ALLOCCONTROL_H
 
 #include <limits.h>
+#include <malloc.h>
+#include <string.h>
 
 #include <atomic>
 
@@ -34,6 +36,9 @@ class AllocControl {
     m_firstFailing.store(successes, std::memory_order_relaxed);
     m_failing.store(failures, std::memory_order_relaxed);
   }
+
+  /// From now on memory is filled with zeros before it is given back.
+  void ClearFreed() { m_clears = true; }
 
   long Allocations() const { return Get(m_allocations); }  ///< calls of Alloc, failed ones included
   long Failures() const { return Get(m_failures); }
@@ -77,12 +82,16 @@ class AllocControl {
       Count(self.m_frees);
     }
     lastFree = {0, static_cast<char*>(block), file, line};
+    if (self.m_clears && block != nullptr) {
+      memset(block, 0, malloc_usable_size(block));
+    }
     self.m_free(kernel, block, file, line);
   }
 
   static inline AllocControl* s_current = nullptr;
 
   KernelTable m_table;
+  std::atomic<bool> m_clears{false};
   AllocFunction* m_alloc;
   FreeFunction* m_free;
   std::atomic<long> m_coming{0};

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <future>
 
+#include "support/AllocControl.h"
 #include "support/TestThread.h"
 
 using Time = IPLKernel::Time;
@@ -84,5 +85,20 @@ TEST_F(MutexEventTest, SetReleasesOneOrAllHoweverLongTheyMayWait) {
       ended.Take();
       EXPECT_EQ(event->IsSet(), released == 4);
     }
+  }
+}
+
+// What a waiter still reads is the memory's next user's otherwise: here it is cleared, and the waiter goes on waiting.
+TEST_F(MutexEventTest, MayBeDestroyedAsSoonAsItIsSet) {
+  AllocControl memory(kernel);
+  memory.ClearFreed();
+  for (int round = 0; round < 200; ++round) {
+    IPLKernel::Event* event = kernel->CreateEvent(true);
+    const auto wait = [&] { EXPECT_TRUE(event->Wait(kForever)); };
+    TestThread first(wait), second(wait);
+    first.AwaitBlocked();
+    second.AwaitBlocked();
+    event->Set();
+    kernel->DestroyEvent(event);
   }
 }
