@@ -4,11 +4,13 @@
 #include "foundation/TrackedMemory.h"
 #include "kernel/IPLKernelImpl.h"
 #include "messaging/KernelTimerManager.h"
+#include "threads/CancelGuard.h"
 #include "threads/KernelLockGuard.h"
 
 namespace {
 
-// The manager for the length of one operation; null if there is none to be had.
+// The manager for the length of one operation; null if there is none to be had. A thread that waits for the timer
+// thread cannot be cancelled: that one uses what is on its stack.
 class ManagerInUse {
  public:
   explicit ManagerInUse(IPLKernelImpl& kernel)
@@ -17,6 +19,7 @@ class ManagerInUse {
   explicit operator bool() const { return m_pManager != nullptr; }
 
  private:
+  CancelGuard m_guard;
   GatePassage m_passage;
   KernelTimerManager* m_pManager;
 };

@@ -222,6 +222,20 @@ TEST_F(TimerTest, ATimerMayTakeTheMemoryOfOneThatHasJustFired) {
   EXPECT_EQ(At({4, 5}), "p'|l|");
 }
 
+TEST_F(TimerTest, AThreadIsNotCancelledWhileTheTimerThreadServesIt) {
+  ID id = 0;
+  bool cancelled = true;
+  TestThread([&] {
+    pthread_cancel(pthread_self());
+    id = kernel->SetTimer(1, *queue, false);
+    pthread_testcancel();
+    cancelled = false;
+  });
+  EXPECT_TRUE(cancelled);
+  Named('a', id);
+  EXPECT_EQ(At({1}), "a|");
+}
+
 TEST_F(TimerTest, ExhaustedMemoryCostsOneOperationAndNothingElse) {
   const std::function<ID()> operations[] = {
       [this] { return Set('z', kDay); }, [this] { return kernel->SetTimeGMT(kMay1), 1; },
