@@ -113,13 +113,16 @@ class IPLKernel : public IPLModule {
     virtual bool Run(const char* name, ThreadProc procedure, void* userData) = 0;  // slot 0
     /// Hands the object over to itself: when the run ends, the thread calls cleanup(thread, userData) and destroys the
     /// object. If no run is going on both happen before Detach returns, on the caller's thread. The libraries that
-    /// hold the procedure and the cleanup stay loaded until the thread has ended.
+    /// hold the procedure and the cleanup stay loaded until the thread has ended: Detach opens them once more, so call
+    /// it while their code may run, at the latest in a module's unload entry, not in destructors that follow it.
     /// cleanup: may be null. It is not called if the kernel is shut down before the procedure has returned: who wants
     /// to shut down behind a detached thread is told by the cleanup, not by the procedure. Returns false, and does
     /// nothing, if the object was detached before. [any thread]
     virtual bool Detach(ThreadProc cleanup) = 0;  // slot 1
     /// Waits until the run has ended; true at once if the object never ran. When it returns true the thread has left
     /// the procedure and the object, which may be destroyed.
+    /// What the system runs behind that, destructors of thread-specific data, is not waited for: a module deletes its
+    /// keys before it is unloaded.
     /// timeout: as for Event::Wait. A wait for a running thread takes at least 10 milliseconds.
     /// False: PLError_Timeout is stored, or m_ThreadCantWaitOnSelf if the thread waits for itself. After a run
     /// that the system refused, when an earlier one was not, false at once and without an error. [any thread] [blocks]

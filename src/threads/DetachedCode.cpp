@@ -37,13 +37,15 @@ PosixMutex DetachedCode::s_lock;
 DetachedCode* DetachedCode::s_pFirst = nullptr;
 
 TrackedPtr<DetachedCode> DetachedCode::Open(const void* procedure, const void* cleanup) {
+  void* procedureLibrary = OpenLibraryOf(procedure);
+  void* cleanupLibrary = OpenLibraryOf(cleanup);
+  if (procedureLibrary == nullptr && cleanupLibrary == nullptr) {
+    return nullptr;
+  }
   TrackedPtr<DetachedCode> code = MakeTracked<DetachedCode>();
   if (code != nullptr) {
-    code->m_hProcedureLibrary = OpenLibraryOf(procedure);
-    code->m_hCleanupLibrary = OpenLibraryOf(cleanup);
-    if (code->m_hProcedureLibrary == nullptr && code->m_hCleanupLibrary == nullptr) {
-      return nullptr;
-    }
+    code->m_hProcedureLibrary = procedureLibrary;
+    code->m_hCleanupLibrary = cleanupLibrary;
   }
   return code;
 }

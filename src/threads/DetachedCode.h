@@ -14,8 +14,9 @@
 /// closes those of threads that are gone, at a point where the dynamic loader is used anyway.
 class DetachedCode {
  public:
-  /// Opens the libraries of two addresses, either of which may be null. Null if there is nothing to keep: the addresses
-  /// lie in the program itself, or memory is exhausted. Takes the dynamic loader's lock.
+  /// Opens the libraries of two addresses, either of which may be null. Null if there is nothing to keep, as the
+  /// addresses lie in the program itself; or if memory is exhausted, and they stay open for good. Takes the dynamic
+  /// loader's lock.
   static TrackedPtr<DetachedCode> Open(const void* procedure, const void* cleanup);
   ~DetachedCode();
   DetachedCode(const DetachedCode&) = delete;

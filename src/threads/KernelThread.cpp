@@ -186,6 +186,27 @@ void KernelThread::ClearRun() {
   m_thread = 0;
 }
 
+// What a thread does behind its procedure, however it left that: it may have ended there, or have been cancelled. A
+// cleanup may end the thread too.
+class KernelThread::RunEnd {
+ public:
+  RunEnd(KernelThread* thread, void* userData) : m_pThread(thread), m_pUserData(userData) {}
+  ~RunEnd() noexcept(false) {  // NOLINT(bugprone-exception-escape,performance-noexcept-destructor)
+    const GatePassage passage(s_gate, s_gate.Join());
+    if (passage) {
+      m_pThread->FinishRun(m_pUserData);
+    } else {
+      DetachedCode::Leave(m_pThread);
+    }
+  }
+  RunEnd(const RunEnd&) = delete;
+  RunEnd& operator=(const RunEnd&) = delete;
+
+ private:
+  KernelThread* const m_pThread;
+  void* const m_pUserData;
+};
+
 // Each passage through the gate covers what the thread uses of the kernel; the procedure runs outside of it, so that
 // shut-down does not wait for a procedure that never returns. The code itself stays: the library is never unmapped.
 void* KernelThread::StaticThreadProc(void* argument) {
@@ -193,7 +214,8 @@ void* KernelThread::StaticThreadProc(void* argument) {
   ThreadProc procedure = nullptr;
   void* userData = nullptr;
   char name[sizeof(self->m_name)];
-  if (!s_gate.Enter()) {
+  if (!s_gate.Join()) {
+    DetachedCode::Leave(self);
     return nullptr;
   }
   ::pthread_setspecific(s_threadKey, self);
@@ -206,12 +228,8 @@ void* KernelThread::StaticThreadProc(void* argument) {
   s_gate.Leave();
   SetSystemName(name);
 
+  const RunEnd end(self, userData);
   procedure(self, userData);
-
-  if (s_gate.Enter()) {
-    self->FinishRun(userData);
-    s_gate.Leave();
-  }
   return nullptr;
 }
 

@@ -57,6 +57,8 @@ class KernelThread : public IPLKernel::Thread, public TrackedObject {
   template <typename>
   friend struct PLContractLayout;
 
+  class RunEnd;
+
   static void* StaticThreadProc(void* argument);
   static void StaticDummyDetachCleanupProc(IPLKernel::Thread* thread, void* userData);
 

@@ -23,6 +23,15 @@ bool ShutdownGate::Enter() {
   return true;
 }
 
+bool ShutdownGate::Join() {
+  PosixMutexGuard guard(m_mutex);
+  if (!m_open && m_inside == 0) {
+    return false;
+  }
+  ++m_inside;
+  return true;
+}
+
 void ShutdownGate::Leave() {
   PosixMutexGuard guard(m_mutex);
   --m_inside;

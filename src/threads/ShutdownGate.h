@@ -21,6 +21,8 @@ class ShutdownGate {
 
   /// Returns false if the gate is closed.
   bool Enter();
+  /// As Enter, but returns false only if nobody is inside either: those inside may wait for who joins them.
+  bool Join();
   void Leave();
 
  private:
@@ -33,7 +35,9 @@ class ShutdownGate {
 /// One passage through a gate.
 class GatePassage {
  public:
-  explicit GatePassage(ShutdownGate& gate) : m_gate(gate), m_entered(gate.Enter()) {}
+  explicit GatePassage(ShutdownGate& gate) : GatePassage(gate, gate.Enter()) {}
+  /// entered: what Enter or Join returned.
+  GatePassage(ShutdownGate& gate, bool entered) : m_gate(gate), m_entered(entered) {}
   ~GatePassage() {
     if (m_entered) {
       m_gate.Leave();

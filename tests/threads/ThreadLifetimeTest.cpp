@@ -47,10 +47,30 @@ static std::tuple<Thread*, void*, Thread*> s_cleaned;
 static void CountRun(Thread*, void*) { ++s_runs; }
 static void WaitForGo(Thread*, void*) { s_go.Take(); }
 static void GiveEnded(Thread*, void*) { s_ended.Give(); }
+static void Exit(Thread*, void*) { pthread_exit(nullptr); }
+static void CancelSelf(Thread*, void*) {
+  pthread_cancel(pthread_self());
+  pthread_testcancel();
+}
 static void Cleanup(Thread* thread, void* userData) {
   s_cleaned = {thread, userData, IPLKernel::GetKernel()->GetCurrentThread()};
   ++s_cleanups;
 }
+
+static void ExitFromCleanup(Thread*, void*) { s_ended.Give(), pthread_exit(nullptr); }
+static void WaitFromCleanup(Thread*, void* other) {
+  s_ended.Give();
+  static_cast<Thread*>(other)->WaitUntilFinished(IPLKernel::Time::Forever());
+}
+static void AwaitShutDown(Thread*, void*) {
+  while (!IPLKernel::GetKernel()->IsShutdownPending()) {
+    sched_yield();
+  }
+  usleep(30000);  // no thread is let in any more by then
+}
+
+// A thread that comes too late leaves its object behind; what these hold is not taken for a leak.
+static auto& s_kept = *new std::vector<Thread*>;
 
 class LifetimeTest : public ThreadFixture {
  protected:
@@ -121,8 +141,6 @@ TEST_F(LifetimeTest, EveryObjectIsDestroyedOnce) {
 // The kernel goes, and another one comes, while a detached thread is behind its cleanup, behind its procedure, or
 // about to begin.
 TEST(ShutDownTest, ThreadsMayBeJustEnding) {
-  // A thread that comes too late leaves its object behind; what these hold is not taken for a leak.
-  static auto& s_kept = *new std::vector<Thread*>;
   AwaitThreads();
   for (int round = 0; round < 600; ++round) {
     const RunningKernel running;
@@ -133,6 +151,59 @@ TEST(ShutDownTest, ThreadsMayBeJustEnding) {
     EXPECT_TRUE(round % 3 == 2 || s_ended.Take());
   }
   AwaitThreads();
+}
+
+TEST_F(LifetimeTest, AProcedureMayEndItsThread) {
+  AllocControl memory(kernel);
+  for (const Thread::ThreadProc end : {Exit, CancelSelf}) {
+    Thread* thread = Start(end);
+    EXPECT_TRUE(thread->WaitUntilFinished(kForever));
+    EXPECT_TRUE(thread->Run("again", CountRun, nullptr));
+    EXPECT_TRUE(thread->WaitUntilFinished(kForever));
+    kernel->DestroyThread(thread);
+    EXPECT_TRUE(Start(end)->Detach(Cleanup));
+    AwaitThreadsInOrder();
+    EXPECT_EQ(s_cleanups, s_runs);
+    EXPECT_EQ(memory.Held(), 0);
+  }
+}
+
+TEST(ShutDownTest, ACleanupMayEndItsThreadOrWaitForAnother) {
+  AwaitThreads();
+  for (const Thread::ThreadProc cleanup : {ExitFromCleanup, WaitFromCleanup}) {
+    const RunningKernel running;
+    Thread* other = running.kernel->CreateThread();
+    if (cleanup == WaitFromCleanup) {
+      EXPECT_TRUE(other->Run("other", AwaitShutDown, nullptr));
+    }
+    Thread* thread = running.kernel->CreateThread();
+    s_kept.insert(s_kept.end(), {thread, other});
+    EXPECT_TRUE(thread->Run("thread", WaitForGo, other));
+    EXPECT_TRUE(thread->Detach(cleanup));
+    s_go.Give();
+    s_ended.Take();
+  }
+  AwaitThreads();
+}
+
+TEST(ShutDownTest, ALibraryDoesNotStayForAThreadThatEndedTooLate) {
+  AwaitThreads();
+  IPLKernel::Event* go = nullptr;
+  {
+    const RunningKernel running;
+    auto* module = static_cast<Lingerer*>(running.kernel->AcquireModule("Lingerer", IPL_LINGERER_FILE));
+    ASSERT_NE(module, nullptr);
+    go = module->go;
+    s_kept.push_back(module->thread);
+    running.kernel->ReleaseModule(module);
+  }
+  EXPECT_NE(ReadMappings().find("libLingerer.so"), std::string::npos);
+  go->Set();
+  AwaitThreads();
+  const RunningKernel running;
+  EXPECT_EQ(running.kernel->AcquireModule("Nobody", "/nobody.so"), nullptr);
+  EXPECT_EQ(ReadMappings().find("libLingerer.so"), std::string::npos);
+  running.kernel->DestroyEvent(go);
 }
 
 TEST_F(LifetimeTest, ALibraryStaysWhileADetachedThreadRunsIt) {

@@ -8,7 +8,6 @@ IPL_DECLARE_MODULE(Lingerer);
 namespace {
 
 IPLKernel* s_pKernel = nullptr;
-IPLKernel::Thread* s_pThread = nullptr;
 Lingerer s_module;
 
 pthread_key_t s_key;
@@ -30,9 +29,9 @@ void IPLModule_PLModule_PutKernel(IPLKernel* kernel) {
 
 IPLModule* IPLModule_Lingerer_ModuleLoad() {
   s_module.go = s_pKernel->CreateEvent(true);
-  s_pThread = s_pKernel->CreateThread();
-  s_pThread->Run("Lingerer", Linger, &s_module);
+  s_module.thread = s_pKernel->CreateThread();
+  s_module.thread->Run("Lingerer", Linger, &s_module);
   return &s_module;
 }
 
-void IPLModule_Lingerer_ModuleUnload(IPLModule*) { s_pThread->Detach(Clean); }
+void IPLModule_Lingerer_ModuleUnload(IPLModule*) { s_module.thread->Detach(Clean); }

@@ -8,6 +8,7 @@
 class Lingerer : public IPLModule {
  public:
   IPLKernel::Event* go = nullptr;  ///< ends the thread; whoever sets it destroys it
+  IPLKernel::Thread* thread = nullptr;
   bool cleaned = false;
 };
 
