@@ -2,6 +2,7 @@
 #include "messaging/KernelMessageQueue.h"
 
 #include "foundation/ContractLayout.h"
+#include "threads/CancelGuard.h"
 #include "threads/KernelEvent.h"
 #include "threads/KernelLockGuard.h"
 #include "threads/YieldPoint.h"
@@ -82,6 +83,7 @@ void KernelMessageQueue::SendAt(Place place, unsigned long id, void* data) {
     return;
   }
   message->SetReplyEvent(replyEvent);
+  const CancelGuard guard;  // a thread that left would leave its message in the list
   if (Enqueue(place, message.get())) {
     replyEvent->Wait(IPLKernel::Time::Forever());
   }

@@ -215,7 +215,8 @@ void KernelTimerManager::Fire(TimerRecord* record, PLArray<TimerRecord*>& list, 
 }
 
 // With the lock of the record's queue held. Without memory this firing is lost, and nothing else. Returns false then.
-// A queue that is not of the kernel's own class is trusted: it may have passed the message on already.
+// A queue that is not of the kernel's own class is trusted: it may have passed the message on already. One that drops
+// it has to release its data.
 bool KernelTimerManager::PostTimerMessage(const TimerRecord& record, IPLKernel::Time kernelNow,
                                           IPLKernel::Time gmtNow) {
   TimerMessage* data = CreateTimerMessage(kernelNow, gmtNow, record.timerID);

@@ -50,6 +50,20 @@ TEST_F(MessageQueueTest, KeepsTheOrderAndSendersWaitForTheRelease) {
   EXPECT_EQ(Drain(), "312l");
 }
 
+TEST_F(MessageQueueTest, ASenderIsNotCancelledBeforeItsMessageIsReleased) {
+  bool returned = false;
+  {
+    TestThread sender([&] {
+      pthread_cancel(pthread_self());
+      queue->Send('c', nullptr);
+      returned = true;
+      pthread_testcancel();
+    });
+    queue->ReleaseMessage(queue->Receive(kForever));
+  }
+  EXPECT_TRUE(returned);
+}
+
 TEST_F(MessageQueueTest, ListOperations) {
   Queue* other = kernel->CreateMessageQueue();
   other->Post('x', nullptr);
