@@ -72,9 +72,11 @@ IPLModule* IPLKernelImpl::LoadModule(const char* name, const char* path) {
   if (record == nullptr) {
     return nullptr;
   }
+  // From here on ReleaseModule closes it, or nobody: what an entry throws may be of a class that lives in it.
+  void* handle = library.Release();
   IPLModule* module = StartModule(entries, std::move(record));
-  if (module != nullptr) {
-    library.Release();  // ReleaseModule closes it
+  if (module == nullptr) {
+    ::dlclose(handle);
   }
   return module;
 }

@@ -2,6 +2,8 @@
 #ifndef IPL_KERNEL_MODULELIBRARY_H
 #define IPL_KERNEL_MODULELIBRARY_H
 
+#include <utility>
+
 #include <ipl/IPLModule.h>
 
 /// A module's three entry symbols.
@@ -26,7 +28,7 @@ class ModuleLibrary {
   /// Resolves the entry symbols. Returns false at the first that is missing, after a line about it on standard error.
   bool Resolve(ModuleEntries& entries) const;
   /// Gives the handle up; the caller closes it.
-  void Release() { m_hLibrary = nullptr; }
+  void* Release() { return std::exchange(m_hLibrary, nullptr); }
 
  private:
   const char* const m_moduleName;  // not owned
