@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef IPL_TESTS_GATES_GATECASES_H
-#define IPL_TESTS_GATES_GATECASES_H
+#ifndef IPL_BENCH_GATES_GATECASES_H
+#define IPL_BENCH_GATES_GATECASES_H
 
 #include "GateMeter.h"
 
@@ -8,4 +8,4 @@
 void MeasureTexts(Meter& meter);
 void MeasureTimers(Meter& meter);
 
-#endif  // IPL_TESTS_GATES_GATECASES_H
+#endif  // IPL_BENCH_GATES_GATECASES_H

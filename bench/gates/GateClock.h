@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef IPL_TESTS_GATES_GATECLOCK_H
-#define IPL_TESTS_GATES_GATECLOCK_H
+#ifndef IPL_BENCH_GATES_GATECLOCK_H
+#define IPL_BENCH_GATES_GATECLOCK_H
 
 /// Counts how often the whole process reads a clock.
 namespace GateClock {
@@ -13,4 +13,4 @@ long CountDeadlines();
 
 }  // namespace GateClock
 
-#endif  // IPL_TESTS_GATES_GATECLOCK_H
+#endif  // IPL_BENCH_GATES_GATECLOCK_H

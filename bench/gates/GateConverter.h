@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef IPL_TESTS_GATES_GATECONVERTER_H
-#define IPL_TESTS_GATES_GATECONVERTER_H
+#ifndef IPL_BENCH_GATES_GATECONVERTER_H
+#define IPL_BENCH_GATES_GATECONVERTER_H
 
 /// Counts the converters of character sets that the process opens.
 namespace GateConverter {
@@ -9,4 +9,4 @@ long Count();
 
 }  // namespace GateConverter
 
-#endif  // IPL_TESTS_GATES_GATECONVERTER_H
+#endif  // IPL_BENCH_GATES_GATECONVERTER_H

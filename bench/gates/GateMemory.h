@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef IPL_TESTS_GATES_GATEMEMORY_H
-#define IPL_TESTS_GATES_GATEMEMORY_H
+#ifndef IPL_BENCH_GATES_GATEMEMORY_H
+#define IPL_BENCH_GATES_GATEMEMORY_H
 
 /// Counts the allocations of the whole process.
 namespace GateMemory {
@@ -9,4 +9,4 @@ long Count();
 
 }  // namespace GateMemory
 
-#endif  // IPL_TESTS_GATES_GATEMEMORY_H
+#endif  // IPL_BENCH_GATES_GATEMEMORY_H

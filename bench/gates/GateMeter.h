@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef IPL_TESTS_GATES_GATEMETER_H
-#define IPL_TESTS_GATES_GATEMETER_H
+#ifndef IPL_BENCH_GATES_GATEMETER_H
+#define IPL_BENCH_GATES_GATEMETER_H
 
 #include <stdio.h>
 #include <string.h>
@@ -72,4 +72,4 @@ class Meter {
   int m_number = 0;
 };
 
-#endif  // IPL_TESTS_GATES_GATEMETER_H
+#endif  // IPL_BENCH_GATES_GATEMETER_H

@@ -39,7 +39,8 @@ class Waiter {
 std::atomic<const void*> KernelEvent::s_pTable{nullptr};
 
 // Construction has no result. Where the system refuses a recursive mutex an ordinary one remains, and a condition of
-// zeros, which serve: no operation takes the mutex twice.
+// zeros, which serve: no operation takes the mutex twice. Where it refuses the condition, which the C library never
+// does, the event has neither.
 KernelEvent::KernelEvent(bool manualReset)
     : m_cond(), m_signaled(false), m_manualReset(manualReset), m_waiters(0), m_waking(0) {
   s_pTable.store(TableOf(this), std::memory_order_relaxed);

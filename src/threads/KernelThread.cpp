@@ -186,8 +186,8 @@ void KernelThread::ClearRun() {
   m_thread = 0;
 }
 
-// What a thread does behind its procedure, however it left that: it may have ended there, or have been cancelled. A
-// cleanup may end the thread too.
+// What a thread does behind its procedure, however it left that: it may have ended there, or have been cancelled. The
+// cleanup may end it too, but not a second time.
 class KernelThread::RunEnd {
  public:
   RunEnd(KernelThread* thread, void* userData) : m_pThread(thread), m_pUserData(userData) {}
@@ -214,8 +214,8 @@ void* KernelThread::StaticThreadProc(void* argument) {
   ThreadProc procedure = nullptr;
   void* userData = nullptr;
   char name[sizeof(self->m_name)];
-  if (!s_gate.Join()) {
-    DetachedCode::Leave(self);
+  if (!s_gate.Enter()) {
+    self->EndUnbegun();
     return nullptr;
   }
   ::pthread_setspecific(s_threadKey, self);
@@ -243,13 +243,26 @@ void KernelThread::FinishRun(void* userData) {
       return;  // once the lock is given up the owner may destroy this object
     }
   }
+  DetachedCode::Leave(this);  // a cleanup may not return; what it runs stays open until the thread is gone
   cleanup(this, userData);
   {
     KernelLockGuard guard(s_pThreadLock);
     EndRun();
   }
-  DetachedCode::Leave(this);
   IPLKernel::GetKernel()->DestroyThread(this);
+}
+
+// Shut-down has begun, and the procedure is not called any more. A thread that is just ending may wait for this one.
+void KernelThread::EndUnbegun() {
+  const GatePassage passage(s_gate, s_gate.Join());
+  if (passage) {
+    KernelLockGuard guard(s_pThreadLock);
+    if (m_pfnDetachCleanup == nullptr) {
+      EndRun();
+      return;
+    }
+  }
+  DetachedCode::Leave(this);
 }
 
 void KernelThread::EndRun() {

@@ -66,6 +66,7 @@ class KernelThread : public IPLKernel::Thread, public TrackedObject {
   void ClearRun() PL_REQUIRES(s_pThreadLock);
   void EndRun() PL_REQUIRES(s_pThreadLock);
   void FinishRun(void* userData);
+  void EndUnbegun();
   ThreadProc GetProcedure();
 
   /// Guards the fields of all thread objects; null while thread support is not initialised. The pointer is written by

@@ -8,9 +8,9 @@
 
 /// Keeps calls that may come at any time apart from shut-down.
 ///
-/// Such a call uses the kernel only between Enter and Leave. Shut-down closes the gate and waits until those inside
-/// have left; a call that comes later is refused and must touch nothing that shut-down ends. A gate is static: it lives
-/// as long as the process.
+/// Such a call uses the kernel only between Enter or Join and Leave. Shut-down closes the gate and waits until those
+/// inside have left; a call that comes later is refused and must touch nothing that shut-down ends. A gate is static:
+/// it lives as long as the process.
 class ShutdownGate {
  public:
   constexpr ShutdownGate() = default;
@@ -21,7 +21,8 @@ class ShutdownGate {
 
   /// Returns false if the gate is closed.
   bool Enter();
-  /// As Enter, but returns false only if nobody is inside either: those inside may wait for who joins them.
+  /// As Enter, but returns false only if nobody is inside either: those inside may wait for who joins them. It is for
+  /// calls of which only so many are to come, or shut-down would wait on and on.
   bool Join();
   void Leave();
 

@@ -89,6 +89,7 @@ TEST_F(MutexEventTest, SetReleasesOneOrAllHoweverLongTheyMayWait) {
 }
 
 // What a waiter still reads is the memory's next user's otherwise: here it is cleared, and the waiter goes on waiting.
+// The build with yield points is the one that meets that moment for sure.
 TEST_F(MutexEventTest, MayBeDestroyedAsSoonAsItIsSet) {
   AllocControl memory(kernel);
   memory.ClearFreed();
