@@ -39,6 +39,14 @@ TimerRecord* Merge(TimerRecord* first, TimerRecord* second) {
   return merged;
 }
 
+// Timers of one period are, which many of those that fire together have.
+bool IsInOrder(const TimerRecord* chain) {
+  while (chain != nullptr && chain->next != nullptr && chain->fireTime <= chain->next->fireTime) {
+    chain = chain->next;
+  }
+  return chain == nullptr || chain->next == nullptr;
+}
+
 // Takes count records, at least one, off the front of a chain and returns them in order. A merge sort, which goes
 // log2(count) calls deep.
 TimerRecord* TakeInOrder(TimerRecord*& chain, unsigned long count) {
@@ -75,7 +83,7 @@ unsigned long CountDue(const PLArray<TimerRecord*>& list, IPLKernel::Time now) {
 void Rearm(PLArray<TimerRecord*>& list, unsigned long removed, TimerRecord* chain, unsigned long count) {
   unsigned long to = 0;
   unsigned long from = removed;
-  TimerRecord* record = count != 0 ? TakeInOrder(chain, count) : nullptr;
+  TimerRecord* record = IsInOrder(chain) ? chain : TakeInOrder(chain, count);
   for (; record != nullptr; record = record->next) {
     const unsigned long end = CountDueFrom(list, from, record->fireTime);
     Move(list, to, from, end - from);

@@ -36,8 +36,8 @@ void RearmFirst(PLArray<TimerRecord*>& list);
 /// Removes the first count records.
 void RemoveFront(PLArray<TimerRecord*>& list, unsigned long count);
 
-/// Removes the first removed records and inserts those of a chain, in its order, each as Insert does. The chain has
-/// count records, not more than removed. Needs no memory.
+/// Removes the first removed records and inserts those of a chain, in its order, each as Insert does. The chain ends
+/// with null and has count records, not more than removed. Needs no memory.
 void Rearm(PLArray<TimerRecord*>& list, unsigned long removed, TimerRecord* chain, unsigned long count);
 
 /// Returns the index of the record with this identifier, which only one has, or GetSize() if there is none.

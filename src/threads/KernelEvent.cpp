@@ -56,8 +56,11 @@ KernelEvent::~KernelEvent() {
 }
 
 bool KernelEvent::IsInUse() {
+  if (m_waking.load(std::memory_order_acquire) != 0) {
+    return true;
+  }
   PosixMutexGuard guard(m_mutex);
-  return (m_signaled && m_waiters != 0) || m_waking.load(std::memory_order_acquire) != 0;
+  return m_signaled && m_waiters != 0;
 }
 
 // Usually nobody is there. The others are just about to leave; but they may have a lower priority than this thread,
