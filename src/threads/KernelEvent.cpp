@@ -6,7 +6,6 @@
 #include <time.h>
 
 #include "foundation/ContractLayout.h"
-#include "foundation/ObjectTable.h"
 #include "threads/CancelGuard.h"
 #include "threads/WaitDeadline.h"
 #include "threads/YieldPoint.h"
@@ -77,10 +76,6 @@ void KernelEvent::AwaitOthers() {
       ::sched_yield();
     }
   }
-}
-
-KernelEvent* KernelEvent::From(IPLKernel::Event* event) {
-  return TableOf(event) == s_pTable.load(std::memory_order_relaxed) ? static_cast<KernelEvent*>(event) : nullptr;
 }
 
 void KernelEvent::Set() {

@@ -9,6 +9,7 @@
 
 #include <ipl/IPLKernel.h>
 
+#include "foundation/ObjectTable.h"
 #include "foundation/TrackedMemory.h"
 #include "threads/PosixMutex.h"
 
@@ -36,7 +37,9 @@ class KernelEvent final : public IPLKernel::Event, public TrackedObject {
   void FinishSet();
 
   /// Returns event if it has these two steps; null if it is of another class, or if somebody stands in front of it.
-  static KernelEvent* From(IPLKernel::Event* event);
+  static KernelEvent* From(IPLKernel::Event* event) {
+    return TableOf(event) == s_pTable.load(std::memory_order_relaxed) ? static_cast<KernelEvent*>(event) : nullptr;
+  }
 
  private:
   template <typename>
