@@ -59,7 +59,9 @@ TEST_F(MessageQueueTest, ASenderIsNotCancelledBeforeItsMessageIsReleased) {
       returned = true;
       pthread_testcancel();
     });
-    queue->ReleaseMessage(queue->Receive(kForever));
+    Message* message = queue->Receive(kForever);
+    sender.AwaitBlocked();  // one that was cancelled would never be
+    queue->ReleaseMessage(message);
   }
   EXPECT_TRUE(returned);
 }
@@ -129,6 +131,7 @@ static IPLKernel::Event* CreateEvent(IPLKernel*, bool) { return s_event; }
 static std::string s_calls;
 
 TEST_F(MessageQueueTest, WhoeverStandsInFrontOfItsEventSeesEachCall) {
+  s_calls.clear();
   s_event = kernel->CreateEvent(true);
   KernelTable table(kernel);
   table.Replace(13, &CreateEvent);
